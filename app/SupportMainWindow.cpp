@@ -1,0 +1,81 @@
+#include "SupportMainWindow.h"
+
+#include "SupportTabs.h"
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPointer>
+#include <QScreen>
+
+namespace {
+
+const QString toolName = QStringLiteral("Corvanta Support");
+
+// The window deliberately has no keyboard shortcuts.
+template<typename Receiver, typename Slot>
+QAction* addEntry(QMenu* menu, const QString& text, Receiver* receiver, Slot slot)
+{
+    QAction* action = menu->addAction(text);
+    action->setShortcut(QKeySequence());
+    QObject::connect(action, &QAction::triggered, receiver, slot);
+    return action;
+}
+
+} // namespace
+
+struct SupportMainWindow::Private
+{
+    QPointer<SupportTabs> tabs;
+};
+
+SupportMainWindow::SupportMainWindow(SupportTabs* tabs)
+    : d(std::make_unique<Private>())
+{
+    setWindowTitle(toolName);
+
+    QMenu* file = menuBar()->addMenu(QStringLiteral("File"));
+    addEntry(file, QStringLiteral("Save Report..."), this, &SupportMainWindow::signalSaveReport);
+    addEntry(file, QStringLiteral("Email Report..."), this, &SupportMainWindow::signalEmailReport);
+    addEntry(file, QStringLiteral("Quit"), qApp, &QCoreApplication::quit);
+    QMenu* edit = menuBar()->addMenu(QStringLiteral("Edit"));
+    addEntry(edit, QStringLiteral("Copy Report"), this, &SupportMainWindow::signalCopyReport);
+    QMenu* help = menuBar()->addMenu(QStringLiteral("Help"));
+    addEntry(help, QStringLiteral("About %1").arg(toolName), this,
+             &SupportMainWindow::slotShowAbout);
+
+    setAttribute(Qt::WA_DeleteOnClose);
+    d->tabs = tabs ? tabs : new SupportTabs;
+    setCentralWidget(d->tabs);
+}
+
+SupportMainWindow::~SupportMainWindow() = default;
+
+SupportTabs* SupportMainWindow::tabs() const
+{
+    return d->tabs;
+}
+
+void SupportMainWindow::slotShowAbout()
+{
+    QMessageBox box;
+    box.setWindowTitle(toolName);
+    box.setText(QStringLiteral("%1 %2").arg(toolName, QStringLiteral("1.0.5")));
+    box.exec();
+}
+
+void SupportMainWindow::showCentered()
+{
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    if (screen) {
+        const QRect area = screen->geometry();
+        resize(qRound(area.width() / 2.0), qRound(area.height() / 2.0));
+        QRect frame = frameGeometry();
+        frame.moveCenter(area.center());
+        move(frame.topLeft());
+    }
+    show();
+}

@@ -1,0 +1,25 @@
+#include "SupportRegistry.h"
+
+#include "SupportDisplayData.h"
+#include "SupportDisplayTab.h"
+
+SupportDataTable createSupportDataTable()
+{
+    auto table = SupportDataTable::create();
+    auto add = [&table](std::unique_ptr<SupportData> data) {
+        const int kind = data->type();
+        table->emplace(kind, std::move(data));
+    };
+    add(std::make_unique<SupportDisplayData>());
+    return table;
+}
+
+SupportTab* createSupportTab(SupportData* data)
+{
+    switch (data->type()) {
+    case DisplayDataKind:
+        return new SupportDisplayTab(data);
+    default:
+        return nullptr;
+    }
+}

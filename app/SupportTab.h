@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QWidget>
+
+#include <memory>
+
+class QLabel;
+class SupportData;
+
+// A page showing one collector's fragment. "#" links are repair actions for the collector; every
+// other link is revealed in the file manager.
+class SupportTab : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit SupportTab(SupportData* collector, QWidget* parent = nullptr);
+    ~SupportTab() override;
+
+    SupportData* supportData() const;
+
+    virtual void updateContent();
+    virtual void linkHandled(const QString& link);
+
+public slots:
+    void onLinkActivated(const QString& link);
+
+protected:
+    QLabel* createLabel();
+    // Shows the collector's current fragment in the given label.
+    void showText(QLabel* label) const;
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
+};

@@ -1,0 +1,113 @@
+#include "SupportTabs.h"
+
+#include "SupportLoader.h"
+#include "SupportRegistry.h"
+#include "SupportTab.h"
+
+#include <QPainter>
+#include <QPolygonF>
+
+#include <map>
+
+namespace {
+
+// Painted once and kept: a yellow warning triangle with a black exclamation mark.
+const QIcon& attentionIcon()
+{
+    static const QIcon icon = [] {
+        QPixmap pixmap(32, 32);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(QColor(120, 90, 0), 1));
+        painter.setBrush(QBrush(QColor(248, 212, 82, 255), Qt::SolidPattern));
+        const QPolygonF triangle({QPointF(16, 2), QPointF(30, 28), QPointF(2, 28)});
+        painter.drawPolygon(triangle, Qt::OddEvenFill);
+        painter.setBrush(QBrush(Qt::black, Qt::SolidPattern));
+        painter.setPen(QPen(Qt::black, 1));
+        painter.drawEllipse(15, 20, 2, 2);
+        QPen stroke(Qt::black);
+        stroke.setWidth(3);
+        painter.setPen(stroke);
+        painter.drawLine(QPoint(16, 10), QPoint(16, 16));
+        painter.end();
+        return QIcon(pixmap);
+    }();
+    return icon;
+}
+
+const QList<int>& allKinds()
+{
+    static const QList<int> kinds{0, 1, 2, 3, 4, 5};
+    return kinds;
+}
+
+} // namespace
+
+struct SupportTabs::Private
+{
+    SupportDataTable table;
+    TabFactory createTab;
+    std::unique_ptr<SupportLoader> loader;
+    std::map<int, SupportTab*> pages;
+};
+
+SupportTabs::SupportTabs(QWidget* parent)
+    : SupportTabs(createSupportDataTable(), createSupportTab, parent)
+{}
+
+SupportTabs::SupportTabs(const SupportDataTable& table, const TabFactory& createTab,
+                         QWidget* parent)
+    : QTabWidget(parent)
+    , d(std::make_unique<Private>())
+{
+    d->table = table;
+    d->createTab = createTab;
+}
+
+SupportTabs::~SupportTabs()
+{
+    // The pages point at collectors: they go before the table can.
+    for (const auto& [kind, page] : d->pages)
+        delete page;
+    d->pages.clear();
+    d->loader.reset();
+}
+
+SupportDataTable SupportTabs::table() const
+{
+    return d->table;
+}
+
+void SupportTabs::load()
+{
+    d->loader = std::make_unique<SupportLoader>(d->table.toWeakRef());
+    connect(d->loader.get(), &SupportLoader::signalFinished, this,
+            &SupportTabs::slotLoaderFinished);
+    d->loader->start();
+}
+
+void SupportTabs::slotLoaderFinished()
+{
+    if (d->pages.empty()) {
+        for (const int kind : allKinds()) {
+            SupportData* collector = findSupportData(*d->table, kind);
+            if (SupportTab* page = collector ? d->createTab(collector) : nullptr)
+                d->pages.emplace(kind, page);
+        }
+    }
+
+    QList<SupportTab*> withErrors;
+    QList<SupportTab*> withoutErrors;
+    for (const auto& [kind, page] : d->pages) {
+        page->updateContent();
+        (page->supportData()->errors().isEmpty() ? withoutErrors : withErrors).append(page);
+    }
+
+    clear();
+    for (SupportTab* page : std::as_const(withErrors))
+        addTab(page, attentionIcon(), page->supportData()->name());
+    for (SupportTab* page : std::as_const(withoutErrors))
+        addTab(page, page->supportData()->name());
+    emit signalLoadFinished();
+}

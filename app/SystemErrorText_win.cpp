@@ -1,0 +1,8 @@
+#include "SystemErrorText.h"
+
+#include "win32/errortext.h"
+
+QString systemErrorText(uint code)
+{
+    return QString::fromStdWString(win32::systemErrorMessage(code));
+}

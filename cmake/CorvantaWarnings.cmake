@@ -1,0 +1,9 @@
+# Warnings are errors everywhere, on our own targets only (Qt's headers come in as system headers).
+function(corvanta_enable_warnings target)
+    if(MSVC)
+        target_compile_options(${target} PRIVATE /W4 /WX)
+    else()
+        target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow
+                                                 -Wnon-virtual-dtor -Werror)
+    endif()
+endfunction()
