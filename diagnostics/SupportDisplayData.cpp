@@ -113,11 +113,11 @@ void SupportDisplayData::render()
         text += lineBreaks(1);
         appendIndented(text, QStringLiteral("name="), screen.name, 0);
         text += lineBreaks(1);
-        appendIndented(text, QStringLiteral("geometry="),
-                       QStringLiteral("(%1 x %2)")
-                           .arg(QString::number(screen.size.width()),
-                                QString::number(screen.size.height())),
-                       0);
+        appendIndented(
+            text, QStringLiteral("geometry="),
+            QStringLiteral("(%1 x %2)")
+                .arg(QString::number(screen.size.width()), QString::number(screen.size.height())),
+            0);
         text += lineBreaks(1);
         appendIndented(text, QStringLiteral("physicalSize="),
                        QStringLiteral("(%1 x %2)")
@@ -129,7 +129,9 @@ void SupportDisplayData::render()
         text += lineBreaks(2);
     }
     // Half away from zero: 95.5 reads 96.
-    const auto whole = [](double dpi) { return qint64(std::round(dpi)); };
+    const auto whole = [](double dpi) {
+        return qint64(std::round(dpi));
+    };
     appendField(text, QStringLiteral("Minimum DPI:"), whole(d->minimumDpi));
     text += lineBreaks(1);
     appendField(text, QStringLiteral("Maximum DPI:"), whole(d->maximumDpi));

@@ -16,8 +16,8 @@ public:
     struct Screen
     {
         QString name;
-        QSize size;          // device-independent pixels
-        QSizeF physicalSize; // millimetres
+        QSize size;                    // device-independent pixels
+        QSizeF physicalSize;           // millimetres
         float devicePixelRatio = 1.0f; // shown in float precision, so 1.25 reads 1.25
     };
 

@@ -8,5 +8,6 @@ void revealInExplorer(const QString& path)
     if (path.isEmpty())
         return;
     QProcess::startDetached(QStringLiteral("explorer.exe"),
-                            {QStringLiteral("/select,"), QDir::toNativeSeparators(path)}, QString());
+                            {QStringLiteral("/select,"), QDir::toNativeSeparators(path)},
+                            QString());
 }

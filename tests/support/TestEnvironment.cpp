@@ -4,8 +4,8 @@
 
 namespace {
 
-const char* const variables[] = {"HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME",
-                                 "XDG_STATE_HOME", "XDG_RUNTIME_DIR"};
+const char* const variables[] = {"HOME",           "XDG_DATA_HOME",  "XDG_CONFIG_HOME",
+                                 "XDG_CACHE_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR"};
 
 } // namespace
 

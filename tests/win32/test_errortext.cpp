@@ -33,7 +33,8 @@ struct TrimCase
 };
 
 class Trimmed : public testing::TestWithParam<TrimCase>
-{};
+{
+};
 
 TEST_P(Trimmed, RemovesOuterBlanksOnly)
 {
