@@ -5,7 +5,21 @@
 #include <QGuiApplication>
 #include <QScreen>
 
+#include <charconv>
 #include <cmath>
+
+namespace {
+
+// The shortest text that reads back as the same float, so a ratio of 1.1 does not print as
+// 1.100000023841858.
+QString floatText(float value)
+{
+    char buffer[32];
+    const auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
+    return QString::fromLatin1(buffer, int(result.ptr - buffer));
+}
+
+} // namespace
 
 struct SupportDisplayData::Private
 {
@@ -125,7 +139,8 @@ void SupportDisplayData::render()
                            .arg(screen.physicalSize.height(), 0, 'g', -1),
                        0);
         text += lineBreaks(1);
-        appendIndented(text, QStringLiteral("devicePixelRatio="), screen.devicePixelRatio, 0);
+        appendIndented(text, QStringLiteral("devicePixelRatio="),
+                       floatText(screen.devicePixelRatio), 0);
         text += lineBreaks(2);
     }
     // Half away from zero: 95.5 reads 96.

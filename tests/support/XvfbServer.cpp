@@ -1,0 +1,72 @@
+#include "XvfbServer.h"
+
+#include <QFile>
+#include <QThread>
+
+XvfbServer::XvfbServer(const QStringList& screenSizes, int dpi)
+{
+    for (int number = 90; number < 190 && m_display.isEmpty(); ++number) {
+        if (QFile::exists(QStringLiteral("/tmp/.X%1-lock").arg(number))
+            || QFile::exists(QStringLiteral("/tmp/.X11-unix/X%1").arg(number)))
+            continue;
+        QStringList arguments{QStringLiteral(":%1").arg(number), QStringLiteral("-nolisten"),
+                              QStringLiteral("tcp"), QStringLiteral("-dpi"), QString::number(dpi)};
+        for (int i = 0; i < screenSizes.size(); ++i)
+            arguments << QStringLiteral("-screen") << QString::number(i)
+                      << screenSizes.at(i) + QStringLiteral("x24");
+        m_server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_server.start(QStringLiteral("Xvfb"), arguments);
+        if (!m_server.waitForStarted(5000))
+            return;
+        // Ready once its socket exists; gone at once when another server took the number.
+        const QString socket = QStringLiteral("/tmp/.X11-unix/X%1").arg(number);
+        for (int wait = 0; wait < 100 && m_server.state() == QProcess::Running; ++wait) {
+            if (QFile::exists(socket)) {
+                m_display = QStringLiteral(":%1").arg(number);
+                break;
+            }
+            QThread::msleep(50);
+        }
+        if (m_display.isEmpty()) {
+            m_server.kill();
+            m_server.waitForFinished(2000);
+        }
+    }
+}
+
+XvfbServer::~XvfbServer()
+{
+    m_server.terminate();
+    if (!m_server.waitForFinished(3000))
+        m_server.kill();
+    m_server.waitForFinished(3000);
+}
+
+bool XvfbServer::isRunning() const
+{
+    return !m_display.isEmpty() && m_server.state() == QProcess::Running;
+}
+
+QString XvfbServer::display() const
+{
+    return m_display;
+}
+
+QProcessEnvironment XvfbServer::environment(QProcessEnvironment base) const
+{
+    base.insert(QStringLiteral("DISPLAY"), m_display);
+    base.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    base.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    return base;
+}
+
+QString XvfbServer::run(const QString& program, const QStringList& arguments, int* exitCode) const
+{
+    QProcess process;
+    process.setProcessEnvironment(environment(QProcessEnvironment::systemEnvironment()));
+    process.start(program, arguments);
+    process.waitForFinished(15000);
+    if (exitCode)
+        *exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+}
