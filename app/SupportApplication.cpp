@@ -1,5 +1,6 @@
 #include "SupportApplication.h"
 
+#include "ReportExport.h"
 #include "SupportMainWindow.h"
 #include "SupportTabs.h"
 
@@ -28,6 +29,16 @@ void SupportApplication::createMainWindow()
     SupportTabs* tabs = d->window->tabs();
     connect(tabs, &SupportTabs::signalLoadFinished, d->window.data(),
             &SupportMainWindow::showCentered);
+    // The handlers do nothing once the window or its pages are gone.
+    const auto withTable = [this](void (*report)(const SupportDataMap&)) {
+        return [this, report] {
+            if (d->window && d->window->tabs())
+                report(*d->window->tabs()->table());
+        };
+    };
+    connect(d->window.data(), &SupportMainWindow::signalCopyReport, this, withTable(copyReport));
+    connect(d->window.data(), &SupportMainWindow::signalSaveReport, this, withTable(saveReport));
+    connect(d->window.data(), &SupportMainWindow::signalEmailReport, this, withTable(emailReport));
     QTimer::singleShot(0, tabs, &SupportTabs::load);
 }
 

@@ -26,6 +26,11 @@ QStringList RecordingData::errors() const
     return fakeErrors;
 }
 
+QImage RecordingData::image() const
+{
+    return fakeImage;
+}
+
 QString RecordingData::name() const
 {
     return m_name;

@@ -24,6 +24,7 @@ public:
     RecordingData(int kind, const QString& name, Journal* journal, bool mainThreadWork = false);
 
     QStringList errors() const override;
+    QImage image() const override;
     QString name() const override;
     int type() const override;
     void handleLink(const QString& link) override;
@@ -33,6 +34,7 @@ public:
 
     QStringList fakeErrors;
     QString fakeText;
+    QImage fakeImage;
     QStringList links;
     int loads = 0;
 

@@ -1,0 +1,178 @@
+#include "ReportExport.h"
+
+#include "FileDirTools.h"
+#include "ReportFragments.h"
+
+#include <QClipboard>
+#include <QDebug>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFileDialog>
+#include <QGuiApplication>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QScreen>
+#include <QUrl>
+#include <QWidget>
+
+#include <cmath>
+
+#ifndef CORVANTA_SUPPORT_EMAIL
+#define CORVANTA_SUPPORT_EMAIL "support@kelvanmoor.com"
+#endif
+
+namespace {
+
+const QDateTime startTime = QDateTime::currentDateTime();
+
+double screenRatio()
+{
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    return screen ? screen->devicePixelRatio() : 1.0;
+}
+
+// Device ratio and print resolution of the primary screen, so the picture keeps its real size.
+void describeForScreen(QImage& image, double ratio)
+{
+    image.setDevicePixelRatio(ratio);
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    if (!screen)
+        return;
+    const QSizeF millimetres = screen->physicalSize();
+    const QSize pixels = screen->geometry().size();
+    if (millimetres.width() > 0)
+        image.setDotsPerMeterX(int(pixels.width() * ratio * 1000 / millimetres.width()));
+    if (millimetres.height() > 0)
+        image.setDotsPerMeterY(int(pixels.height() * ratio * 1000 / millimetres.height()));
+}
+
+} // namespace
+
+QDateTime reportStartTime()
+{
+    return startTime;
+}
+
+QString supportEmailAddress()
+{
+    return QStringLiteral(CORVANTA_SUPPORT_EMAIL);
+}
+
+QString reportText(const SupportDataMap& table)
+{
+    QString report =
+        QStringLiteral("Generated: ") + startTime.toString(Qt::TextDate) + QStringLiteral("\n\n");
+    for (const auto& [kind, data] : table) {
+        if (!data)
+            continue;
+        report += QString(50, QLatin1Char('=')) + QLatin1Char('\n') + data->name()
+                  + QStringLiteral("\n\n") + htmlToPlainText(*data->text())
+                  + QStringLiteral("\n\n");
+    }
+    return report;
+}
+
+void copyReport(const SupportDataMap& table)
+{
+    auto* mimeData = new QMimeData;
+    mimeData->setText(reportText(table));
+    QGuiApplication::clipboard()->setMimeData(mimeData, QClipboard::Clipboard);
+}
+
+QString reportFolderName(const QDateTime& now)
+{
+    return QStringLiteral("Corvanta Support Report ")
+           + now.toUTC().toString(Qt::ISODate).remove(QLatin1Char(':'));
+}
+
+void saveReport(const SupportDataMap& table)
+{
+    const QString parent = QFileDialog::getExistingDirectory(
+        nullptr, QStringLiteral("Select Folder"), desktopFolder(),
+        QFileDialog::ShowDirsOnly | QFileDialog::DontResolveSymlinks);
+    if (parent.isEmpty())
+        return;
+    saveReportTo(table, parent);
+}
+
+QString saveReportTo(const SupportDataMap& table, const QString& parent, const QDateTime& now)
+{
+    const QString folder = parent + QLatin1Char('/') + reportFolderName(now);
+    QDir().mkpath(folder);
+    const QString base = folder + QStringLiteral("/report");
+    writeTextFile(base + QStringLiteral(".txt"), reportText(table));
+
+    QList<QImage> images;
+    for (const auto& [kind, data] : table) {
+        if (data)
+            images << data->image();
+    }
+    const QImage picture = stackImages(images);
+    // With no pictures there is nothing to save; the text file alone is the report.
+    if (picture.isNull())
+        qDebug() << "No pictures for" << base + QStringLiteral(".png");
+    else
+        picture.save(base + QStringLiteral(".png"), "PNG", -1);
+    return folder;
+}
+
+QString emailUrl(const QString& report)
+{
+    return QStringLiteral("mailto:%1?subject=%2&body=")
+               .arg(supportEmailAddress(), QStringLiteral("Corvanta Support Report"))
+           + report;
+}
+
+void emailReport(const SupportDataMap& table)
+{
+    if (QDesktopServices::openUrl(QUrl(emailUrl(reportText(table)), QUrl::TolerantMode)))
+        return;
+    QMessageBox box;
+    box.setText(QStringLiteral("Your email program failed to open.<br><br>Please use File > Save "
+                               "Report and attach the files in an email to ")
+                + supportEmailAddress());
+    box.setStyleSheet(QStringLiteral("QLabel{min-width: 550;}"));
+    box.exec();
+}
+
+QImage renderWidget(QWidget* widget)
+{
+    const double ratio = screenRatio();
+    QImage image(qRound(widget->width() * ratio), qRound(widget->height() * ratio),
+                 QImage::Format_ARGB32);
+    image.fill(Qt::transparent);
+    describeForScreen(image, ratio);
+    widget->render(&image, QPoint(0, 0), QRegion(),
+                   QWidget::DrawWindowBackground | QWidget::DrawChildren);
+    return image;
+}
+
+QImage stackImages(const QList<QImage>& images)
+{
+    int width = 0;
+    int height = 0;
+    for (const QImage& image : images) {
+        width = std::max(width, image.width());
+        height += image.height();
+    }
+    const double ratio = screenRatio();
+    QImage stack(qRound(width * ratio), qRound(height * ratio), QImage::Format_ARGB32);
+    if (stack.isNull())
+        return stack;
+    stack.fill(Qt::transparent);
+    describeForScreen(stack, ratio);
+    int top = 0;
+    for (const QImage& image : images) {
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x)
+                stack.setPixelColor(x, top + y, image.pixelColor(x, y));
+        }
+        top += image.height();
+    }
+    return stack;
+}
+
+QString desktopFolder()
+{
+    return QDir::homePath() + QStringLiteral("/Desktop");
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "SupportData.h"
+
+#include <QDateTime>
+#include <QImage>
+#include <QList>
+#include <QString>
+
+class QWidget;
+
+// The three ways to hand the report to support, all built from one plain-text report.
+
+// Taken before main runs: every report of this run says when the program started.
+QDateTime reportStartTime();
+QString supportEmailAddress();
+
+QString reportText(const SupportDataMap& table);
+void copyReport(const SupportDataMap& table);
+// Asks for a folder, then writes "report.txt" and "report.png" into a new dated folder in it.
+void saveReport(const SupportDataMap& table);
+// Writes the report into the dated folder for the given time under parent; returns that folder.
+QString saveReportTo(const SupportDataMap& table, const QString& parent,
+                     const QDateTime& now = QDateTime::currentDateTimeUtc());
+QString reportFolderName(const QDateTime& now);
+void emailReport(const SupportDataMap& table);
+QString emailUrl(const QString& report);
+
+QImage renderWidget(QWidget* widget);
+QImage stackImages(const QList<QImage>& images);
+QString desktopFolder();

@@ -1,0 +1,7 @@
+#pragma once
+
+#include "SupportData.h"
+
+// Loads every collector in ascending kind on the calling thread, with no window and no dialog,
+// the way the loading pass and the pages leave them.
+void loadAllSupportData(const SupportDataMap& table);
