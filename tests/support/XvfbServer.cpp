@@ -18,11 +18,17 @@ XvfbServer::XvfbServer(const QStringList& screenSizes, int dpi)
         m_server.start(QStringLiteral("Xvfb"), arguments);
         if (!m_server.waitForStarted(5000))
             return;
-        // Ready once its socket exists; gone at once when another server took the number.
-        const QString socket = QStringLiteral("/tmp/.X11-unix/X%1").arg(number);
+        // Ready once a client can talk to it; gone at once when another server took the number.
+        const QString candidate = QStringLiteral(":%1").arg(number);
         for (int wait = 0; wait < 100 && m_server.state() == QProcess::Running; ++wait) {
-            if (QFile::exists(socket)) {
-                m_display = QStringLiteral(":%1").arg(number);
+            QProcess probe;
+            QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+            environment.insert(QStringLiteral("DISPLAY"), candidate);
+            probe.setProcessEnvironment(environment);
+            probe.start(QStringLiteral("xdotool"), {QStringLiteral("getdisplaygeometry")});
+            if (probe.waitForFinished(5000) && probe.exitStatus() == QProcess::NormalExit
+                && probe.exitCode() == 0) {
+                m_display = candidate;
                 break;
             }
             QThread::msleep(50);
