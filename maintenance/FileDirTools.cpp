@@ -195,8 +195,10 @@ bool copyFile(const QString& source, const QString& destination, bool keepTimes,
     FileDirPlatform::FileTimes times;
     const bool haveTimes = keepTimes && FileDirPlatform::readFileTimes(source, times);
     bool copied = false;
-    // On a case-insensitive file system this destination is the source itself.
-    if (QFileInfo::exists(destination) && source.compare(destination, Qt::CaseInsensitive) == 0) {
+    // A name differing only in case is the source itself on a case-insensitive file system; a
+    // case-sensitive one holds two files and gets a plain copy.
+    if (source.compare(destination, Qt::CaseInsensitive) == 0 && QFileInfo::exists(destination)
+        && FileDirPlatform::isSameFile(source, destination)) {
         copied = QDir().rename(source, destination);
     } else {
         copied = FileDirPlatform::fastCopy(source, destination);

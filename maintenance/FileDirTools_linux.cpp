@@ -137,6 +137,15 @@ bool moveToRecycleBin(const QString& path, int& status)
     return false;
 }
 
+bool isSameFile(const QString& first, const QString& second)
+{
+    struct stat a;
+    struct stat b;
+    return ::stat(encoded(first).constData(), &a) == 0
+           && ::stat(encoded(second).constData(), &b) == 0 && a.st_dev == b.st_dev
+           && a.st_ino == b.st_ino;
+}
+
 bool fastCopy(const QString& source, const QString& destination)
 {
     const int input = ::open(encoded(source).constData(), O_RDONLY | O_CLOEXEC);

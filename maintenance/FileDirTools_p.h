@@ -17,6 +17,9 @@ bool recycleBinHasPathLimit();
 // One attempt; status is the system's result code when it fails.
 bool moveToRecycleBin(const QString& path, int& status);
 
+// Whether two existing names lead to the same file.
+bool isSameFile(const QString& first, const QString& second);
+
 bool fastCopy(const QString& source, const QString& destination);
 
 // Creation and modification times in the platform's own units; creation cannot be set

@@ -40,6 +40,13 @@ bool moveToRecycleBin(const QString& path, int& status)
     return status == 0;
 }
 
+bool isSameFile(const QString&, const QString&)
+{
+    // Windows compares names without regard to case, so a name differing only in case is the
+    // same file.
+    return true;
+}
+
 bool fastCopy(const QString& source, const QString& destination)
 {
     return win32::copyFile(native(source), native(destination));
