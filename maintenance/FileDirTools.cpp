@@ -38,8 +38,8 @@ void fail(QString* errorText, const QString& text)
     setError(errorText, text);
 }
 
-// The reason a file cannot be opened, or an empty text when the open may go ahead. lead is
-// "Failed to open" or "Failed to fopen".
+// The reason a file cannot be opened, or an empty text when the open may go ahead. The texts
+// differ between the descriptor and the stream variants.
 QString openRefusal(const QString& path, bool writing, bool checkDirectory, const char* notFound,
                     const char* notReadable, const char* readOnly, const char* directory)
 {
@@ -315,7 +315,7 @@ bool writeTextFile(const QString& path, const QString& text)
     }
     std::fclose(probe);
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Text)) {
+    if (!file.open(QIODevice::WriteOnly)) {
         qDebug().noquote() << QStringLiteral("Failed to open writable text file: %1").arg(path);
         removeFile(path);
         return false;
