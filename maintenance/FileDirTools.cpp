@@ -1,14 +1,323 @@
 #include "FileDirTools.h"
+#include "FileDirTools_p.h"
 
+#include <QCoreApplication>
 #include <QDebug>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTextStream>
+#include <QThread>
+
+#include <cerrno>
+#include <cstring>
+
+namespace {
+
+const int recycleBinMaxPath = 260;
+const int recycleBinTries = 10;
+const int moveTries = 20;
+const int retryDelayMs = 100;
+const qint64 copyChunk = 1 << 20;
+const int writeAccess = 3;
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("FileDirTools", text);
+}
+
+void setError(QString* errorText, const QString& text)
+{
+    if (errorText)
+        *errorText = text;
+}
+
+void fail(QString* errorText, const QString& text)
+{
+    qDebug().noquote() << text;
+    setError(errorText, text);
+}
+
+// The reason a file cannot be opened, or an empty text when the open may go ahead. The texts
+// differ between the descriptor and the stream variants.
+QString openRefusal(const QString& path, bool writing, bool checkDirectory, const char* notFound,
+                    const char* notReadable, const char* readOnly, const char* directory)
+{
+    const QFileInfo info(path);
+    if (!info.exists())
+        return writing ? QString() : tr(notFound).arg(path);
+    if (!info.isDir()) {
+        if (!info.isReadable())
+            return tr(notReadable).arg(path);
+        if (writing && !info.isWritable())
+            return tr(readOnly).arg(path);
+        return {};
+    }
+    return checkDirectory ? tr(directory).arg(path) : QString();
+}
+
+QString errnoText(const char* lead, const QString& path, int error)
+{
+    return tr(lead).arg(path, QString::fromLocal8Bit(std::strerror(error))).arg(error);
+}
+
+bool plainCopy(const QString& source, const QString& destination, QString* errorText)
+{
+    const int input = openChecked(source, OpenReadOnly);
+    if (input < 0) {
+        setError(errorText, tr("Could not open input file."));
+        return false;
+    }
+    if (!createEmptyFile(destination)) {
+        FileDirPlatform::close(input);
+        setError(errorText, tr("Could not create empty file."));
+        return false;
+    }
+    const int output = openChecked(destination, OpenWriteOnly);
+    if (output < 0) {
+        FileDirPlatform::close(input);
+        setError(errorText, tr("Could not open output file."));
+        return false;
+    }
+    QByteArray buffer(copyChunk, Qt::Uninitialized);
+    bool ok = true;
+    for (;;) {
+        const qint64 count = FileDirPlatform::read(input, buffer.data(), copyChunk);
+        if (count > 0 && FileDirPlatform::write(output, buffer.constData(), count) != count)
+            ok = false;
+        if (!ok || count < copyChunk)
+            break;
+    }
+    FileDirPlatform::close(input);
+    if (FileDirPlatform::close(output) != 0)
+        ok = false;
+    return ok;
+}
+
+} // namespace
+
+bool standardFolderPath(StandardFolderKind kind, QString& path)
+{
+    if (kind < 0 || kind > 3)
+        return false;
+    return FileDirPlatform::standardFolder(kind, path);
+}
+
+QString appDataFolder(StandardFolderKind kind)
+{
+    QString base;
+    if (!standardFolderPath(kind, base))
+        qDebug().noquote() << "Error! Unable to identify Application Data folder!";
+    const QString name = QCoreApplication::applicationName();
+    return base.isEmpty() ? name : base + QLatin1Char('/') + name;
+}
+
+QString tempFolder()
+{
+    static const QString folder = appDataFolder(0) + QStringLiteral("/temp");
+    return folder;
+}
+
+bool makePath(const QString& path)
+{
+    return QDir().mkpath(path);
+}
+
+QString permissionsText(const QString& path, bool compact)
+{
+    const QFileInfo info(path);
+    const QFile::Permissions permissions = info.permissions();
+    auto bit = [&](QFile::Permission permission, char letter) {
+        return QString(QLatin1Char(permissions.testFlag(permission) ? letter : '-'));
+    };
+    auto flag = [&](QFile::Permission permission) {
+        return QString(QLatin1Char(permissions.testFlag(permission) ? '1' : '0'));
+    };
+    if (compact) {
+        return QString(QLatin1Char(info.isDir() ? 'd' : '-'))
+               + QStringLiteral("%1%2%3%4%5%6%7%8%9")
+                     .arg(bit(QFile::ReadOwner, 'r'), bit(QFile::WriteOwner, 'w'),
+                          bit(QFile::ExeOwner, 'x'), bit(QFile::ReadGroup, 'r'),
+                          bit(QFile::WriteGroup, 'w'), bit(QFile::ExeGroup, 'x'),
+                          bit(QFile::ReadOther, 'r'), bit(QFile::WriteOther, 'w'),
+                          bit(QFile::ExeOther, 'x'));
+    }
+    return QStringLiteral("ReadOwner=%1 WriteOwner=%2 ExeOwner=%3")
+               .arg(flag(QFile::ReadOwner), flag(QFile::WriteOwner), flag(QFile::ExeOwner))
+           + QStringLiteral(" ReadUser=%1 WriteUser=%2 ExeUser=%3")
+                 .arg(flag(QFile::ReadUser), flag(QFile::WriteUser), flag(QFile::ExeUser))
+           + QStringLiteral(" ReadGroup=%1 WriteGroup=%2 ExeGroup=%3")
+                 .arg(flag(QFile::ReadGroup), flag(QFile::WriteGroup), flag(QFile::ExeGroup))
+           + QStringLiteral(" ReadOther=%1 WriteOther=%2 ExeOther=%3")
+                 .arg(flag(QFile::ReadOther), flag(QFile::WriteOther), flag(QFile::ExeOther));
+}
+
+bool exceedsRecycleBinPathLimit(const QString& nativePath)
+{
+    return nativePath.length() + 2 > recycleBinMaxPath;
+}
+
+bool moveToRecycleBin(const QString& path)
+{
+    const QString native = QDir::toNativeSeparators(path);
+    if (FileDirPlatform::recycleBinHasPathLimit() && exceedsRecycleBinPathLimit(native)) {
+        qDebug().noquote() << QStringLiteral("Max path %1 exceeded to put into Recycle Bin: %2")
+                                  .arg(recycleBinMaxPath - 2)
+                                  .arg(native);
+        return false;
+    }
+    for (int attempt = 0; attempt < recycleBinTries; ++attempt) {
+        int status = 0;
+        if (FileDirPlatform::moveToRecycleBin(native, status))
+            return true;
+        qDebug().noquote() << QStringLiteral("Failed to put into Recycle Bin: %1 (status=%2)")
+                                  .arg(native)
+                                  .arg(status);
+        QThread::msleep(retryDelayMs);
+    }
+    return false;
+}
+
+QStringList moveAllToRecycleBin(const QStringList& paths)
+{
+    QStringList failed;
+    for (const QString& path : paths) {
+        if (!moveToRecycleBin(path))
+            failed.append(path);
+    }
+    return failed;
+}
+
+bool copyFile(const QString& source, const QString& destination, bool keepTimes, QString* errorText)
+{
+    if (source == destination)
+        return true;
+    FileDirPlatform::FileTimes times;
+    const bool haveTimes = keepTimes && FileDirPlatform::readFileTimes(source, times);
+    bool copied = false;
+    // A name differing only in case is the source itself on a case-insensitive file system; a
+    // case-sensitive one holds two files and gets a plain copy.
+    if (source.compare(destination, Qt::CaseInsensitive) == 0 && QFileInfo::exists(destination)
+        && FileDirPlatform::isSameFile(source, destination)) {
+        copied = QDir().rename(source, destination);
+    } else {
+        copied = FileDirPlatform::fastCopy(source, destination);
+        if (!copied) {
+            qDebug().noquote()
+                << QStringLiteral("Failed to CopyFileEx \"%1\" to \"%2\"").arg(source, destination);
+            copied = plainCopy(source, destination, errorText);
+        }
+    }
+    if (copied && haveTimes)
+        FileDirPlatform::restoreFileTimes(destination, times);
+    return copied;
+}
+
+bool moveFile(const QString& source, const QString& destination, QString* errorText)
+{
+    if (!QFileInfo::exists(source))
+        return false;
+    for (int attempt = 0; attempt < moveTries; ++attempt) {
+        if (FileDirPlatform::rename(source, destination))
+            return true;
+        qDebug().noquote()
+            << QStringLiteral("Failed to MoveFileEx \"%1\" to \"%2\"").arg(source, destination);
+        QThread::msleep(retryDelayMs);
+    }
+    setError(errorText, tr("Could not rename file."));
+    if (!copyFile(source, destination))
+        return false;
+    if (!QDir().remove(source))
+        qDebug().noquote() << QStringLiteral("Failed to remove %1").arg(source);
+    return true;
+}
+
+int openChecked(const QString& path, int flags, QString* errorText)
+{
+    if (path.isEmpty())
+        return -1;
+    const QString refusal = openRefusal(
+        path, (flags & writeAccess) != 0, true,
+        QT_TRANSLATE_NOOP("FileDirTools",
+                          "Failed to open \"%1\" as read only because it does not exist."),
+        QT_TRANSLATE_NOOP("FileDirTools", "Failed to open \"%1\" because it is not readable."),
+        QT_TRANSLATE_NOOP("FileDirTools",
+                          "Failed to open \"%1\" as writable because it is read only."),
+        QT_TRANSLATE_NOOP("FileDirTools", "Failed to open \"%1\" because it is a directory."));
+    if (!refusal.isEmpty()) {
+        fail(errorText, refusal);
+        return -1;
+    }
+    const int fd = FileDirPlatform::open(path, flags);
+    if (fd < 0)
+        fail(errorText,
+             errnoText(QT_TRANSLATE_NOOP("FileDirTools", "Failed to open \"%1\". %2 (errno=%3)"),
+                       path, errno));
+    return fd;
+}
+
+FILE* fopenChecked(const QString& path, const char* mode, QString* errorText)
+{
+    if (path.isEmpty())
+        return nullptr;
+    const bool writing = std::strpbrk(mode, "wa+") != nullptr;
+    const QString refusal = openRefusal(
+        path, writing, false,
+        QT_TRANSLATE_NOOP("FileDirTools",
+                          "Failed to fopen \"%1\" as read only because it does not exist."),
+        QT_TRANSLATE_NOOP("FileDirTools", "Failed to fopen \"%1\" because it is not readable."),
+        QT_TRANSLATE_NOOP("FileDirTools",
+                          "Failed to fopen \"%1\" as writable because it is read only."),
+        nullptr);
+    if (!refusal.isEmpty()) {
+        fail(errorText, refusal);
+        return nullptr;
+    }
+    FILE* stream = FileDirPlatform::fopen(path, mode);
+    if (!stream)
+        fail(errorText,
+             errnoText(QT_TRANSLATE_NOOP("FileDirTools", "Failed to fopen \"%1\". %2 (errno=%3)"),
+                       path, errno));
+    return stream;
+}
+
+int closeDescriptor(int fd)
+{
+    return FileDirPlatform::close(fd);
+}
+
+bool createEmptyFile(const QString& path)
+{
+    FILE* stream = fopenChecked(path, "wb");
+    if (!stream)
+        return false;
+    std::fclose(stream);
+    return true;
+}
+
+bool removeFile(const QString& path)
+{
+    QFileInfo info(path);
+    if (!info.exists())
+        return false;
+    // A read-only file could not be removed on Windows.
+    if (!info.isWritable())
+        QFile::setPermissions(path, info.permissions() | QFile::WriteOwner | QFile::WriteUser);
+    return QDir().remove(path);
+}
 
 bool writeTextFile(const QString& path, const QString& text)
 {
+    FILE* probe = fopenChecked(path, "w");
+    if (!probe) {
+        qDebug().noquote() << QStringLiteral("Failed to open writable text file: %1").arg(path);
+        return false;
+    }
+    std::fclose(probe);
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
-        qDebug() << QStringLiteral("Failed to open writable text file: %1").arg(path);
+    if (!file.open(QIODevice::WriteOnly)) {
+        qDebug().noquote() << QStringLiteral("Failed to open writable text file: %1").arg(path);
+        removeFile(path);
         return false;
     }
     QTextStream stream(&file);

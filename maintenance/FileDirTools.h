@@ -1,9 +1,57 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
+
+#include <cstdio>
+
+// File-system helpers shared by every part of the tool. Paths use "/" throughout; native
+// separators appear only at the operating-system calls. Failures are values (false, -1 or null)
+// and their reasons go to the debug log; texts handed back to callers are translatable under the
+// context "FileDirTools".
+
+// 0 roaming application data, 1 local application data, 2 documents, 3 data common to all users.
+using StandardFolderKind = int;
+
+bool standardFolderPath(StandardFolderKind kind, QString& path);
+// The standard folder joined with the application name.
+QString appDataFolder(StandardFolderKind kind);
+// The tool's own temporary folder, computed once per process.
+QString tempFolder();
+bool makePath(const QString& path);
+
+// Compact: "drwxr-x---" style; long: "ReadOwner=1 WriteOwner=1 ..." with the user bits as well.
+QString permissionsText(const QString& path, bool compact);
+
+// The Recycle Bin takes native paths of at most 258 characters (MAX_PATH less the list's two
+// terminating zeros).
+bool exceedsRecycleBinPathLimit(const QString& nativePath);
+bool moveToRecycleBin(const QString& path);
+// Returns the paths that could not be moved.
+QStringList moveAllToRecycleBin(const QStringList& paths);
 
 // Shows the path selected in the desktop's file manager. An empty path does nothing.
 void revealInExplorer(const QString& path);
 
-// Writes text as UTF-8; when the file cannot be opened it only logs why.
+bool copyFile(const QString& source, const QString& destination, bool keepTimes = false,
+              QString* errorText = nullptr);
+bool moveFile(const QString& source, const QString& destination, QString* errorText = nullptr);
+
+// C-runtime open flags as the tool passes them on every platform.
+enum OpenFlags {
+    OpenReadOnly = 0x8000,
+    OpenWriteOnly = 0x8001,
+    OpenReadWrite = 0x8002,
+};
+
+// Opens a descriptor after checking why it could not be opened; the reason is logged and written
+// to errorText. Returns the descriptor, or -1. Asking for writing creates a missing file.
+int openChecked(const QString& path, int flags, QString* errorText = nullptr);
+// The same checks for a C stream with an fopen mode; null on failure.
+FILE* fopenChecked(const QString& path, const char* mode, QString* errorText = nullptr);
+int closeDescriptor(int fd);
+
+bool createEmptyFile(const QString& path);
+bool removeFile(const QString& path);
+// Writes the text as UTF-8, replacing the file.
 bool writeTextFile(const QString& path, const QString& text);

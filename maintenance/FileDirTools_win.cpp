@@ -1,7 +1,111 @@
 #include "FileDirTools.h"
+#include "FileDirTools_p.h"
+
+#include "win32/fileops.h"
 
 #include <QDir>
 #include <QProcess>
+
+#include <io.h>
+#include <process.h>
+
+namespace {
+
+std::wstring native(const QString& path)
+{
+    return QDir::toNativeSeparators(path).toStdWString();
+}
+
+} // namespace
+
+namespace FileDirPlatform {
+
+bool standardFolder(int kind, QString& path)
+{
+    std::wstring folder;
+    if (!win32::folderPath(kind, folder))
+        return false;
+    path = QDir::fromNativeSeparators(QString::fromStdWString(folder));
+    return true;
+}
+
+bool recycleBinHasPathLimit()
+{
+    return true;
+}
+
+bool moveToRecycleBin(const QString& path, int& status)
+{
+    status = win32::moveToRecycleBin(native(path));
+    return status == 0;
+}
+
+bool isSameFile(const QString&, const QString&)
+{
+    // Windows compares names without regard to case, so a name differing only in case is the
+    // same file.
+    return true;
+}
+
+bool fastCopy(const QString& source, const QString& destination)
+{
+    return win32::copyFile(native(source), native(destination));
+}
+
+bool readFileTimes(const QString& path, FileTimes& times)
+{
+    win32::FileTimes values;
+    if (!win32::readFileTimes(native(path), values))
+        return false;
+    times.created = qint64(values.created);
+    times.modified = qint64(values.modified);
+    return true;
+}
+
+bool restoreFileTimes(const QString& path, const FileTimes& times)
+{
+    win32::FileTimes values;
+    values.created = quint64(times.created);
+    values.modified = quint64(times.modified);
+    return win32::writeFileTimes(native(path), values);
+}
+
+bool rename(const QString& source, const QString& destination)
+{
+    return win32::moveFile(native(source), native(destination));
+}
+
+int open(const QString& path, int flags)
+{
+    return win32::openFile(native(path), flags);
+}
+
+FILE* fopen(const QString& path, const char* mode)
+{
+    return win32::openStream(native(path), QString::fromLatin1(mode).toStdWString());
+}
+
+qint64 read(int fd, char* buffer, qint64 length)
+{
+    return _read(fd, buffer, unsigned(length));
+}
+
+qint64 write(int fd, const char* buffer, qint64 length)
+{
+    return _write(fd, buffer, unsigned(length));
+}
+
+int close(int fd)
+{
+    return _close(fd);
+}
+
+qint64 processId()
+{
+    return _getpid();
+}
+
+} // namespace FileDirPlatform
 
 void revealInExplorer(const QString& path)
 {

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QString>
+#include <QtGlobal>
+
+#include <cstdio>
+
+// The single operating-system calls behind FileDirTools, one implementation per platform. Each
+// makes one attempt; retries, messages and checks stay in FileDirTools.cpp.
+namespace FileDirPlatform {
+
+// The folder of a known kind (0 to 3), with "/" separators.
+bool standardFolder(int kind, QString& path);
+
+// Whether the Recycle Bin refuses paths longer than MAX_PATH.
+bool recycleBinHasPathLimit();
+// One attempt; status is the system's result code when it fails.
+bool moveToRecycleBin(const QString& path, int& status);
+
+// Whether two existing names lead to the same file.
+bool isSameFile(const QString& first, const QString& second);
+
+bool fastCopy(const QString& source, const QString& destination);
+
+// Creation and modification times in the platform's own units; creation cannot be set
+// everywhere and is then left as it is.
+struct FileTimes
+{
+    qint64 created = 0;
+    qint64 modified = 0;
+};
+bool readFileTimes(const QString& path, FileTimes& times);
+bool restoreFileTimes(const QString& path, const FileTimes& times);
+
+// One replacing rename that may copy across volumes.
+bool rename(const QString& source, const QString& destination);
+
+// flags are the C-runtime values of OpenFlags.
+int open(const QString& path, int flags);
+FILE* fopen(const QString& path, const char* mode);
+qint64 read(int fd, char* buffer, qint64 length);
+qint64 write(int fd, const char* buffer, qint64 length);
+int close(int fd);
+
+qint64 processId();
+
+} // namespace FileDirPlatform
