@@ -1,14 +1,24 @@
 #include "SupportDisplayTab.h"
 
+#include "RegistryTools.h"
 #include "SupportData.h"
 
 #include <QGridLayout>
 #include <QLabel>
+#include <QPushButton>
 #include <QScrollArea>
+
+namespace {
+
+const QString scaleFactorVariable = QStringLiteral("QT_AUTO_SCREEN_SCALE_FACTOR");
+
+} // namespace
 
 struct SupportDisplayTab::Private
 {
     QLabel* label = nullptr;
+    QPushButton* applyButton = nullptr;
+    QPushButton* removeButton = nullptr;
 };
 
 SupportDisplayTab::SupportDisplayTab(SupportData* collector, QWidget* parent)
@@ -25,11 +35,46 @@ void SupportDisplayTab::updateContent()
         auto* scrollArea = new QScrollArea;
         scrollArea->setWidgetResizable(true);
         scrollArea->setWidget(d->label);
+
+        d->applyButton = new QPushButton(tr("Apply DPI Workaround"));
+        d->removeButton = new QPushButton(tr("Remove DPI Workaround"));
+        connect(d->applyButton, &QPushButton::clicked, this,
+                &SupportDisplayTab::slotApplyDpiWorkaround);
+        connect(d->removeButton, &QPushButton::clicked, this,
+                &SupportDisplayTab::slotRemoveDpiWorkaround);
+        auto* buttons = new QGridLayout;
+        buttons->setContentsMargins(5, 5, 5, 5);
+        buttons->setSpacing(5);
+        buttons->addWidget(d->removeButton, 0, 0);
+        buttons->addWidget(d->applyButton, 0, 1);
+        buttons->setColumnStretch(2, 1);
+
         auto* layout = new QGridLayout(this);
         layout->setContentsMargins(0, 0, 0, 0);
         layout->setSpacing(0);
         layout->addWidget(scrollArea, 0, 0);
+        layout->addLayout(buttons, 1, 0, Qt::AlignCenter);
+
+        showWorkaroundPresent(!environmentVariable(scaleFactorVariable).isEmpty());
     }
     supportData()->load();
     showText(d->label);
+}
+
+void SupportDisplayTab::slotApplyDpiWorkaround()
+{
+    if (setEnvironmentVariable(scaleFactorVariable, QStringLiteral("0")))
+        showWorkaroundPresent(true);
+}
+
+void SupportDisplayTab::slotRemoveDpiWorkaround()
+{
+    if (removeEnvironmentVariable(scaleFactorVariable))
+        showWorkaroundPresent(false);
+}
+
+void SupportDisplayTab::showWorkaroundPresent(bool present)
+{
+    d->applyButton->setEnabled(!present);
+    d->removeButton->setEnabled(present);
 }

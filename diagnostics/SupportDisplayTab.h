@@ -15,7 +15,13 @@ public:
     // Screens can change while the program runs, so the collector is gathered again each time.
     void updateContent() override;
 
+private slots:
+    void slotApplyDpiWorkaround();
+    void slotRemoveDpiWorkaround();
+
 private:
+    void showWorkaroundPresent(bool present);
+
     struct Private;
     std::unique_ptr<Private> d;
 };

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QMap>
+#include <QString>
+#include <QStringList>
+
+// The product's file associations, the installed-programs list, the user's own environment
+// variables and the user's SID. On Windows these live in the registry; on Linux in the
+// freedesktop files that play the same parts (mimeapps.list, desktop entries, environment.d).
+// Every function opens what it needs itself and caches nothing; failures are empty results or
+// false.
+
+// One installed program; a missing value is empty.
+struct UninstallEntry
+{
+    QString InstallLocation;
+    QString DisplayIcon;
+    QString DisplayName;
+    QString DisplayVersion;
+};
+
+#ifdef Q_OS_WIN
+using RegistryKey = void*; // an open HKEY
+#else
+using RegistryKey = QString; // a key file: a desktop entry, mimeapps.list
+#endif
+
+// A text value of a sub-key (a key-file group); an empty value name is the default value.
+QString readStringValue(const RegistryKey& key, const QString& subKey, const QString& valueName);
+
+// The extensions, such as ".cvd", that are associated with the product in the user's
+// (machine false) or the machine's settings.
+QStringList productAssociations(const QString& productName, bool machine);
+// Removes the association only while it still points at the product.
+bool removeProductAssociation(const QString& extension, const QString& productName, bool machine);
+
+QList<UninstallEntry> uninstallEntries();
+
+// The user's own environment, which programs started later inherit.
+QString environmentVariable(const QString& name);
+bool setEnvironmentVariable(const QString& name, const QString& value);
+bool removeEnvironmentVariable(const QString& name);
+
+QString currentUserSid();
+
+// Shared rules and the parsers of the Linux files. They are pure, so they run on every platform.
+
+// Longer values are refused: they are the limit of a Windows environment variable.
+constexpr int maximumValueLength = 32767;
+
+// The product name without its blanks, followed by ".".
+QString associationPrefix(const QString& productName);
+
+// The [Default Applications] of a mimeapps.list: each MIME type with its first desktop-file id.
+// Empty for text that is not UTF-8.
+QMap<QString, QString> defaultApplications(const QByteArray& mimeapps);
+// The text without the default entries of the given MIME types that still name the product;
+// every other byte stays as it was.
+QByteArray withoutProductDefaults(const QByteArray& mimeapps, const QStringList& mimeTypes,
+                                  const QString& productName);
+
+// A value of a freedesktop key file; empty when absent, too long, or the text is not UTF-8.
+QString keyFileValue(const QByteArray& text, const QString& group, const QString& key);
+// The program of a desktop entry's Exec line, without its quotes and arguments.
+QString execProgram(const QString& exec);
+
+// environment.d: NAME=VALUE lines; the last assignment wins.
+QString environmentValue(const QByteArray& text, const QString& name);
+// The text with one assignment of the name set to the value; other lines stay. Empty on a
+// bad name or value.
+QByteArray withEnvironmentValue(const QByteArray& text, const QString& name, const QString& value);
+// The text without any assignment of the name.
+QByteArray withoutEnvironmentValue(const QByteArray& text, const QString& name);
