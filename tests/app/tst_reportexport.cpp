@@ -160,7 +160,7 @@ void tst_ReportExport::unwritableFolderIsSurvived()
     blocker.close();
     // The parent is a plain file, so nothing can be created below it, even by root.
     QTest::ignoreMessage(QtDebugMsg,
-                         QRegularExpression("^\"Failed to open writable text file: .*"));
+                         QRegularExpression("^Failed to open writable text file: .*"));
     const QString folder = saveReportTo(*makeTable(), blocker.fileName());
     QVERIFY(!QFile::exists(folder + QStringLiteral("/report.txt")));
 }

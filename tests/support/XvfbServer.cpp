@@ -9,8 +9,9 @@ XvfbServer::XvfbServer(const QStringList& screenSizes, int dpi)
         if (QFile::exists(QStringLiteral("/tmp/.X%1-lock").arg(number))
             || QFile::exists(QStringLiteral("/tmp/.X11-unix/X%1").arg(number)))
             continue;
-        QStringList arguments{QStringLiteral(":%1").arg(number), QStringLiteral("-nolisten"),
-                              QStringLiteral("tcp"), QStringLiteral("-dpi"), QString::number(dpi)};
+        QStringList arguments{
+            QStringLiteral(":%1").arg(number), QStringLiteral("-nolisten"), QStringLiteral("tcp"),
+            QStringLiteral("-noreset"),        QStringLiteral("-dpi"),      QString::number(dpi)};
         for (int i = 0; i < screenSizes.size(); ++i)
             arguments << QStringLiteral("-screen") << QString::number(i)
                       << screenSizes.at(i) + QStringLiteral("x24");
