@@ -159,8 +159,7 @@ void tst_ReportExport::unwritableFolderIsSurvived()
     QVERIFY(blocker.open(QIODevice::WriteOnly));
     blocker.close();
     // The parent is a plain file, so nothing can be created below it, even by root.
-    QTest::ignoreMessage(QtDebugMsg,
-                         QRegularExpression("^Failed to open writable text file: .*"));
+    QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^Failed to open writable text file: .*"));
     const QString folder = saveReportTo(*makeTable(), blocker.fileName());
     QVERIFY(!QFile::exists(folder + QStringLiteral("/report.txt")));
 }
