@@ -36,8 +36,7 @@ QString readAll(const QString& path)
 bool tst_DpiWorkaround::pressUntil(const std::function<bool()>& done)
 {
     for (int step = 0; step < 12; ++step) {
-        m_x->run(QStringLiteral("xdotool"), {QStringLiteral("key"), QStringLiteral("Tab")});
-        m_x->run(QStringLiteral("xdotool"), {QStringLiteral("key"), QStringLiteral("space")});
+        m_x->keys({QStringLiteral("Tab"), QStringLiteral("space")});
         QElapsedTimer clock;
         clock.start();
         while (clock.elapsed() < 300) {
@@ -67,22 +66,7 @@ void tst_DpiWorkaround::applyThenRemove()
     program.setProcessEnvironment(x.environment(QProcessEnvironment::systemEnvironment()));
     program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     program.start(QStringLiteral(CORVANTA_SUPPORT_BINARY), {});
-    QString window;
-    QElapsedTimer clock;
-    clock.start();
-    while (window.isEmpty() && clock.elapsed() < 30000) {
-        const QStringList ids =
-            x.run(QStringLiteral("xdotool"),
-                  {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                   QStringLiteral("--name"), QStringLiteral("^Corvanta Support$")})
-                .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-        for (const QString& id : ids) {
-            if (x.run(QStringLiteral("xdotool"), {QStringLiteral("getwindowgeometry"), id})
-                    .contains(QStringLiteral("960x540")))
-                window = id;
-        }
-        QTest::qWait(50);
-    }
+    const QString window = x.waitForWindow(QStringLiteral("^Corvanta Support$"), QSize(960, 540));
     QVERIFY2(!window.isEmpty(), "the main window never appeared");
     x.run(QStringLiteral("xdotool"),
           {QStringLiteral("windowfocus"), QStringLiteral("--sync"), window});

@@ -14,41 +14,6 @@ private slots:
     void opensCentredAfterLoadingAndQuits();
 };
 
-namespace {
-
-struct Window
-{
-    QString id;
-    QRect geometry;
-};
-
-// Visible top-level windows titled exactly "Corvanta Support".
-QList<Window> visibleWindows(const XvfbServer& x)
-{
-    QList<Window> windows;
-    const QStringList ids = x.run(QStringLiteral("xdotool"),
-                                  {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                                   QStringLiteral("--name"), QStringLiteral("^Corvanta Support$")})
-                                .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    for (const QString& id : ids) {
-        const QString shell = x.run(QStringLiteral("xdotool"), {QStringLiteral("getwindowgeometry"),
-                                                                QStringLiteral("--shell"), id});
-        QMap<QString, int> values;
-        for (const QString& line : shell.split(QLatin1Char('\n'))) {
-            const int equals = line.indexOf(QLatin1Char('='));
-            if (equals > 0)
-                values.insert(line.left(equals), line.mid(equals + 1).toInt());
-        }
-        windows.append(
-            {id,
-             QRect(values.value(QStringLiteral("X")), values.value(QStringLiteral("Y")),
-                   values.value(QStringLiteral("WIDTH")), values.value(QStringLiteral("HEIGHT")))});
-    }
-    return windows;
-}
-
-} // namespace
-
 void tst_MainWindow::opensCentredAfterLoadingAndQuits()
 {
     TestEnvironment home;
@@ -64,11 +29,12 @@ void tst_MainWindow::opensCentredAfterLoadingAndQuits()
     // Until the loading pass ends only the 300-pixel-wide progress dialog may show.
     QElapsedTimer clock;
     clock.start();
-    Window main;
+    XvfbServer::Window main;
     QList<int> widthsSeen;
     while (clock.elapsed() < 30000 && main.id.isEmpty()) {
-        const QList<Window> windows = visibleWindows(x);
-        for (const Window& window : windows) {
+        const QList<XvfbServer::Window> windows =
+            x.visibleWindows(QStringLiteral("^Corvanta Support$"));
+        for (const XvfbServer::Window& window : windows) {
             if (!widthsSeen.contains(window.geometry.width()))
                 widthsSeen << window.geometry.width();
             if (window.geometry.width() != 300)
@@ -79,7 +45,7 @@ void tst_MainWindow::opensCentredAfterLoadingAndQuits()
     }
     QVERIFY2(!main.id.isEmpty(), "the main window never appeared");
     QCOMPARE(main.geometry, QRect(480, 270, 960, 540));
-    QCOMPARE(visibleWindows(x).size(), 1);
+    QCOMPARE(x.visibleWindows(QStringLiteral("^Corvanta Support$")).size(), 1);
     QVERIFY2(widthsSeen.size() <= 2, "an unexpected window showed during loading");
 
     // File > Quit, the way a user leaves.
@@ -87,8 +53,7 @@ void tst_MainWindow::opensCentredAfterLoadingAndQuits()
           {QStringLiteral("mousemove"), QStringLiteral("--window"), main.id, QStringLiteral("15"),
            QStringLiteral("10"), QStringLiteral("click"), QStringLiteral("1")});
     QTest::qWait(300);
-    x.run(QStringLiteral("xdotool"),
-          {QStringLiteral("key"), QStringLiteral("Up"), QStringLiteral("Return")});
+    x.keys({QStringLiteral("Up"), QStringLiteral("Return")});
     QVERIFY2(program.waitForFinished(10000), "the program did not quit from its File menu");
     QCOMPARE(program.exitStatus(), QProcess::NormalExit);
     QCOMPARE(program.exitCode(), 0);

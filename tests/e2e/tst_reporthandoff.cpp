@@ -77,24 +77,7 @@ QString tst_ReportHandoff::startAndWaitForWindow()
     m_program.setProcessEnvironment(m_x->environment(QProcessEnvironment::systemEnvironment()));
     m_program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_program.start(QStringLiteral(CORVANTA_SUPPORT_BINARY), {});
-    QElapsedTimer clock;
-    clock.start();
-    while (clock.elapsed() < 30000) {
-        // The main window is the one with a menu bar, wider than the progress dialog.
-        const QStringList ids =
-            m_x->run(QStringLiteral("xdotool"),
-                     {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                      QStringLiteral("--name"), QStringLiteral("^Corvanta Support$")})
-                .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-        for (const QString& id : ids) {
-            const QString geometry =
-                m_x->run(QStringLiteral("xdotool"), {QStringLiteral("getwindowgeometry"), id});
-            if (!geometry.contains(QStringLiteral("Geometry: 300x")))
-                return id;
-        }
-        QTest::qWait(50);
-    }
-    return {};
+    return m_x->waitForWindow(QStringLiteral("^Corvanta Support$"), QSize(960, 540));
 }
 
 void tst_ReportHandoff::menu(const QStringList& keys)
@@ -103,10 +86,7 @@ void tst_ReportHandoff::menu(const QStringList& keys)
                                          m_window, QStringLiteral("15"), QStringLiteral("10"),
                                          QStringLiteral("click"), QStringLiteral("1")});
     QTest::qWait(300);
-    for (const QString& key : keys) {
-        m_x->run(QStringLiteral("xdotool"), {QStringLiteral("key"), key});
-        QTest::qWait(100);
-    }
+    m_x->keys(keys);
 }
 
 QString tst_ReportHandoff::headlessReport(const XvfbServer& x)

@@ -1,6 +1,8 @@
 #include "XvfbServer.h"
 
+#include <QElapsedTimer>
 #include <QFile>
+#include <QMap>
 #include <QThread>
 
 XvfbServer::XvfbServer(const QStringList& screenSizes, int dpi)
@@ -76,4 +78,53 @@ QString XvfbServer::run(const QString& program, const QStringList& arguments, in
     if (exitCode)
         *exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+}
+
+QList<XvfbServer::Window> XvfbServer::visibleWindows(const QString& titlePattern) const
+{
+    QList<Window> windows;
+    const QStringList ids =
+        run(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                        QStringLiteral("--name"), titlePattern})
+            .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    for (const QString& id : ids) {
+        QMap<QString, int> values;
+        const QStringList lines =
+            run(QStringLiteral("xdotool"),
+                {QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), id})
+                .split(QLatin1Char('\n'));
+        for (const QString& line : lines) {
+            const int equals = line.indexOf(QLatin1Char('='));
+            if (equals > 0)
+                values.insert(line.left(equals), line.mid(equals + 1).toInt());
+        }
+        windows.append(
+            {id,
+             QRect(values.value(QStringLiteral("X")), values.value(QStringLiteral("Y")),
+                   values.value(QStringLiteral("WIDTH")), values.value(QStringLiteral("HEIGHT")))});
+    }
+    return windows;
+}
+
+QString XvfbServer::waitForWindow(const QString& titlePattern, const QSize& size, int timeout) const
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < timeout) {
+        const QList<Window> windows = visibleWindows(titlePattern);
+        for (const Window& window : windows) {
+            if (window.geometry.size() == size)
+                return window.id;
+        }
+        QThread::msleep(20);
+    }
+    return {};
+}
+
+void XvfbServer::keys(const QStringList& names) const
+{
+    for (const QString& name : names) {
+        run(QStringLiteral("xdotool"), {QStringLiteral("key"), name});
+        QThread::msleep(100);
+    }
 }

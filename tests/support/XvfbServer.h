@@ -2,6 +2,7 @@
 
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <QRect>
 #include <QStringList>
 
 // A private X server for one end-to-end test, on the first free display number.
@@ -20,6 +21,19 @@ public:
     // Runs an X tool such as xdotool against this server; returns its trimmed standard output.
     QString run(const QString& program, const QStringList& arguments,
                 int* exitCode = nullptr) const;
+
+    struct Window
+    {
+        QString id;
+        QRect geometry;
+    };
+    // Visible top-level windows whose title matches the pattern, with their places on screen.
+    QList<Window> visibleWindows(const QString& titlePattern) const;
+    // Waits up to the timeout for a visible window of that title and size; its id, or empty.
+    QString waitForWindow(const QString& titlePattern, const QSize& size,
+                          int timeout = 30000) const;
+    // Presses keys one after another in the focused window.
+    void keys(const QStringList& names) const;
 
 private:
     QProcess m_server;
