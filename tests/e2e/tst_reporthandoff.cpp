@@ -21,6 +21,8 @@ private slots:
     void copiedReportEqualsHeadlessReport();
     void emailCarriesTheReport();
     void headlessReportListsEveryScreen();
+    void headlessReportExitCodes_data();
+    void headlessReportExitCodes();
 
 private:
     QString startAndWaitForWindow();
@@ -173,6 +175,52 @@ void tst_ReportHandoff::headlessReportListsEveryScreen()
     QVERIFY(report.contains(QStringLiteral("Errors:\n1. Screen 2 is too narrow.\n"
                                            "2. Screen 2 is too short.\n"
                                            "3. Screen 3 is too short.\n\n")));
+}
+
+void tst_ReportHandoff::headlessReportExitCodes_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("output");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("no display") << QStringList() << QString() << 0 << QString();
+    QTest::newRow("unknown argument") << QStringList{"--verbose"} << QString() << 2
+                                      << "corvanta-support-report: unknown argument \"--verbose\"";
+    QTest::newRow("output cannot be written")
+        << QStringList() << "/dev/full" << 1 << "corvanta-support-report: cannot write the report";
+}
+
+// Over a remote shell there is no display: the report still comes, and a failure says why in one
+// line.
+void tst_ReportHandoff::headlessReportExitCodes()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, output);
+    QFETCH(int, exitCode);
+    QFETCH(QString, reason);
+    QProcess report;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        environment.remove(QString::fromLatin1(name));
+    report.setProcessEnvironment(environment);
+    if (!output.isEmpty())
+        report.setStandardOutputFile(output);
+    report.start(QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY), arguments);
+    QVERIFY(report.waitForFinished(60000));
+    QCOMPARE(report.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(report.exitCode(), exitCode);
+    const QStringList errors = QString::fromUtf8(report.readAllStandardError())
+                                   .split(QLatin1Char('\n'), Qt::SkipEmptyParts)
+                                   .filter(QStringLiteral("corvanta-support-report"));
+    if (reason.isEmpty()) {
+        QVERIFY(errors.isEmpty());
+        const QString text = QString::fromUtf8(report.readAllStandardOutput());
+        QVERIFY(text.startsWith(QStringLiteral("Generated: ")));
+        QVERIFY(text.contains(QStringLiteral("\nNumber of Screens:  1\n")));
+    } else {
+        QCOMPARE(errors.size(), 1);
+        QVERIFY2(errors.first().startsWith(reason), qPrintable(errors.first()));
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_ReportHandoff)
