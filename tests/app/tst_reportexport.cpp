@@ -131,14 +131,6 @@ private slots:
         QVERIFY(!QFile::exists(folder + "/report.txt"));
     }
 
-    void emailUrl()
-    {
-        const QString report = u"Generated: x\n\nA & B = 100% ?#"_s;
-        QVERIFY(supportEmailAddress().contains('@'));
-        QCOMPARE(::emailUrl(report), "mailto:" + supportEmailAddress()
-                                         + "?subject=Corvanta Support Report&body=" + report);
-    }
-
     void renderedWidgetHasItsSize()
     {
         QLabel label(u"sample"_s);

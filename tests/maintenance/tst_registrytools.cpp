@@ -4,7 +4,6 @@
 #include <QDir>
 #include <QMimeDatabase>
 #include <QProcess>
-#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTest>
 
@@ -14,18 +13,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+// Two globs for the product's type, one for another program's.
 const QByteArray mimePackage =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
     "<mime-info xmlns=\"http://www.freedesktop.org/standards/shared-mime-info\">\n"
-    "  <mime-type type=\"application/x-corvanta-design\">\n"
-    "    <comment>Corvanta design</comment>\n"
-    "    <glob pattern=\"*.cvd\"/>\n"
-    "    <glob pattern=\"*.cvdx\"/>\n"
-    "  </mime-type>\n"
-    "  <mime-type type=\"application/x-corvanta-other\">\n"
-    "    <comment>Design of another program</comment>\n"
-    "    <glob pattern=\"*.cvo\"/>\n"
-    "  </mime-type>\n"
+    "<mime-type type=\"application/x-corvanta-design\"><comment>Corvanta design</comment>\n"
+    "<glob pattern=\"*.cvd\"/><glob pattern=\"*.cvdx\"/></mime-type>\n"
+    "<mime-type type=\"application/x-corvanta-other\"><comment>Other design</comment>\n"
+    "<glob pattern=\"*.cvo\"/></mime-type>\n"
     "</mime-info>\n";
 
 const QByteArray userMimeapps =
@@ -41,14 +36,12 @@ const QByteArray userMimeapps =
 
 QString configPath(const QString& relative)
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
-           + QLatin1Char('/') + relative;
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + '/' + relative;
 }
 
 QString dataPath(const QString& relative)
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QLatin1Char('/')
-           + relative;
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + '/' + relative;
 }
 
 const QString product = u"Corvanta"_s;
@@ -154,6 +147,15 @@ private slots:
         QVERIFY(putFile(configPath(u"mimeapps.list"_s), userMimeapps));
         QCOMPARE(sorted(productAssociations(product, false)), (QStringList{".cvd", ".cvdx"}));
         QVERIFY(productAssociations(product, true).isEmpty());
+        // For the machine, the first file that names a type decides it.
+        QVERIFY(QFile::remove(configPath(u"mimeapps.list"_s)));
+        QVERIFY(putFile(m_environment.path(u"system-config/mimeapps.list"_s),
+                        "[Default Applications]\napplication/x-corvanta-other=other.desktop\n"));
+        QVERIFY(putFile(m_environment.path(u"system-data/applications/mimeapps.list"_s),
+                        "[Default Applications]\napplication/x-corvanta-other=Corvanta.desktop\n"
+                        "application/x-corvanta-design=Corvanta.desktop\n"));
+        QCOMPARE(sorted(productAssociations(product, true)), (QStringList{".cvd", ".cvdx"}));
+        QVERIFY(productAssociations(product, false).isEmpty());
     }
 
     void removalKeepsEverythingElse()
@@ -171,18 +173,6 @@ private slots:
                               ""));
         QVERIFY(productAssociations(product, false).isEmpty());
         QVERIFY(!removeProductAssociation(u".cvd"_s, product, false));
-    }
-
-    void machineAssociations()
-    {
-        // The first machine file that names a type decides it.
-        QVERIFY(putFile(m_environment.path(u"system-config/mimeapps.list"_s),
-                        "[Default Applications]\napplication/x-corvanta-other=other.desktop\n"));
-        QVERIFY(putFile(m_environment.path(u"system-data/applications/mimeapps.list"_s),
-                        "[Default Applications]\napplication/x-corvanta-other=Corvanta.desktop\n"
-                        "application/x-corvanta-design=Corvanta.desktop\n"));
-        QCOMPARE(sorted(productAssociations(product, true)), (QStringList{".cvd", ".cvdx"}));
-        QVERIFY(productAssociations(product, false).isEmpty());
     }
 
     void installedProgramsFromDesktopEntries()
