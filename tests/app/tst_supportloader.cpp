@@ -2,37 +2,41 @@
 #include "SupportLoader.h"
 
 #include <QApplication>
-#include <QLabel>
-#include <QProgressBar>
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QProgressDialog* progressDialog()
 {
-    const auto widgets = QApplication::topLevelWidgets();
-    for (QWidget* widget : widgets) {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
         if (auto* dialog = qobject_cast<QProgressDialog*>(widget))
             return dialog;
     }
     return nullptr;
 }
 
+// Five collectors, deliberately out of kind order.
 SupportDataTable makeTable(RecordingData::Journal* journal, QList<int> mainThreadKinds = {})
 {
-    const QList<QPair<int, QString>> kinds{{5, QStringLiteral("System")},
-                                           {0, QStringLiteral("Display")},
-                                           {4, QStringLiteral("Corvanta")},
-                                           {1, QStringLiteral("Fonts")},
-                                           {3, QStringLiteral("Permissions")}};
+    const QList<QPair<int, QString>> kinds{
+        {5, "System"}, {0, "Display"}, {4, "Corvanta"}, {1, "Fonts"}, {3, "Permissions"}};
     auto table = SupportDataTable::create();
     for (const auto& [kind, name] : kinds)
         table->emplace(kind, std::make_unique<RecordingData>(kind, name, journal,
                                                              mainThreadKinds.contains(kind)));
     return table;
+}
+
+bool runToEnd(SupportLoader& loader)
+{
+    QSignalSpy finished(&loader, &SupportLoader::signalFinished);
+    loader.start();
+    return finished.wait(10000) && finished.count() == 1;
 }
 
 } // namespace
@@ -42,116 +46,98 @@ class tst_SupportLoader : public QObject
     Q_OBJECT
 
 private slots:
-    void loadsInAscendingKindOneAtATime();
-    void dialogShowsEachCollectorInTurn();
-    void mainThreadStepPrecedesWorkerStep();
-    void emptyTableFinishesAtOnce();
-    void vanishedTableIsIgnored();
-};
-
-void tst_SupportLoader::loadsInAscendingKindOneAtATime()
-{
-    RecordingData::Journal journal;
-    const SupportDataTable table = makeTable(&journal);
-    SupportLoader loader(table.toWeakRef());
-    QSignalSpy finished(&loader, &SupportLoader::signalFinished);
-    loader.start();
-    QVERIFY(finished.wait(10000));
-    QCOMPARE(finished.count(), 1);
-
-    QCOMPARE(journal.snapshot(), QStringList({"begin:0", "end:0", "begin:1", "end:1", "begin:3",
-                                              "end:3", "begin:4", "end:4", "begin:5", "end:5"}));
-    QCOMPARE(journal.loadThreads.size(), 5);
-    for (QThread* thread : std::as_const(journal.loadThreads)) {
-        QVERIFY(thread != QThread::currentThread());
-        QCOMPARE(thread, journal.loadThreads.first());
+    // Each collector loads on one worker thread, ascending by kind, never overlapping; those that
+    // need it run their main-thread step on the GUI thread just before.
+    void loadOrderAndThreads_data()
+    {
+        QTest::addColumn<QList<int>>("mainThreadKinds");
+        QTest::addColumn<QStringList>("expected");
+        QTest::newRow("worker only")
+            << QList<int>() << QStringList{"begin:0", "end:0",   "begin:1", "end:1",   "begin:3",
+                                           "end:3",   "begin:4", "end:4",   "begin:5", "end:5"};
+        QTest::newRow("main thread steps")
+            << QList<int>{1, 4}
+            << QStringList{"begin:0", "end:0",  "main:1",  "begin:1", "end:1",   "begin:3",
+                           "end:3",   "main:4", "begin:4", "end:4",   "begin:5", "end:5"};
     }
-}
 
-void tst_SupportLoader::dialogShowsEachCollectorInTurn()
-{
-    RecordingData::Journal journal;
-    const SupportDataTable table = makeTable(&journal);
-    SupportLoader loader(table.toWeakRef());
-    QStringList labels;
-    QList<int> values;
-    QList<bool> visible;
-    QProgressDialog* dialog = nullptr;
-    connect(&loader, &SupportLoader::signalStartWorkerItem, this, [&] {
-        dialog = progressDialog();
-        if (!dialog)
-            return;
-        labels << dialog->labelText();
-        values << dialog->value();
-        visible << dialog->isVisible();
-    });
-    QSignalSpy finished(&loader, &SupportLoader::signalFinished);
-    loader.start();
-    QVERIFY(finished.wait(10000));
-
-    QCOMPARE(labels, QStringList({"Loading Display data...", "Loading Fonts data...",
-                                  "Loading Permissions data...", "Loading Corvanta data...",
-                                  "Loading System data..."}));
-    QCOMPARE(values, QList<int>({0, 1, 2, 3, 4}));
-    // Shown on the first event loop turn, so from the second collector on at the latest.
-    QCOMPARE(visible.mid(1), QList<bool>({true, true, true, true}));
-    QVERIFY(dialog);
-    QCOMPARE(dialog->maximum(), 5);
-    QCOMPARE(dialog->windowModality(), Qt::ApplicationModal);
-    QCOMPARE(dialog->windowTitle(), QStringLiteral("Corvanta Support"));
-    QVERIFY(dialog->findChildren<QPushButton*>().isEmpty());
-    QVERIFY(!dialog->isVisible());
-}
-
-void tst_SupportLoader::mainThreadStepPrecedesWorkerStep()
-{
-    RecordingData::Journal journal;
-    const SupportDataTable table = makeTable(&journal, {1, 4});
-    SupportLoader loader(table.toWeakRef());
-    QSignalSpy finished(&loader, &SupportLoader::signalFinished);
-    loader.start();
-    QVERIFY(finished.wait(10000));
-
-    QCOMPARE(journal.snapshot(),
-             QStringList({"begin:0", "end:0", "main:1", "begin:1", "end:1", "begin:3", "end:3",
-                          "main:4", "begin:4", "end:4", "begin:5", "end:5"}));
-    QCOMPARE(journal.mainThreadStepThreads.size(), 2);
-    for (QThread* thread : std::as_const(journal.mainThreadStepThreads))
-        QCOMPARE(thread, QApplication::instance()->thread());
-    QVERIFY(journal.loadThreads.first() != QApplication::instance()->thread());
-}
-
-void tst_SupportLoader::emptyTableFinishesAtOnce()
-{
-    const auto table = SupportDataTable::create();
-    SupportLoader loader(table.toWeakRef());
-    int maximumSeen = -1;
-    QSignalSpy finished(&loader, &SupportLoader::signalFinished);
-    connect(&loader, &SupportLoader::signalFinished, this, [&] {
-        if (QProgressDialog* dialog = progressDialog()) {
-            maximumSeen = dialog->maximum();
-            QVERIFY(!dialog->isVisible());
+    void loadOrderAndThreads()
+    {
+        QFETCH(QList<int>, mainThreadKinds);
+        QFETCH(QStringList, expected);
+        RecordingData::Journal journal;
+        const SupportDataTable table = makeTable(&journal, mainThreadKinds);
+        SupportLoader loader(table.toWeakRef());
+        QVERIFY(runToEnd(loader));
+        QCOMPARE(journal.snapshot(), expected);
+        QCOMPARE(journal.loadThreads.size(), 5);
+        for (QThread* thread : std::as_const(journal.loadThreads)) {
+            QVERIFY(thread != QThread::currentThread());
+            QCOMPARE(thread, journal.loadThreads.first());
         }
-    });
-    loader.start();
-    // Emitted within start() itself, with no event loop turn.
-    QCOMPARE(finished.count(), 1);
-    QCOMPARE(maximumSeen, 0);
-}
+        QCOMPARE(journal.mainThreadStepThreads.size(), mainThreadKinds.size());
+        for (QThread* thread : std::as_const(journal.mainThreadStepThreads))
+            QCOMPARE(thread, QThread::currentThread());
+    }
 
-void tst_SupportLoader::vanishedTableIsIgnored()
-{
-    RecordingData::Journal journal;
-    SupportDataTable table = makeTable(&journal);
-    SupportLoader loader(table.toWeakRef());
-    table.reset();
-    QSignalSpy finished(&loader, &SupportLoader::signalFinished);
-    loader.start();
-    QTest::qWait(50);
-    QCOMPARE(finished.count(), 0);
-    QVERIFY(journal.snapshot().isEmpty());
-    QVERIFY(!progressDialog() || !progressDialog()->isVisible());
-}
+    void dialogShowsEachCollectorInTurn()
+    {
+        RecordingData::Journal journal;
+        const SupportDataTable table = makeTable(&journal);
+        SupportLoader loader(table.toWeakRef());
+        QStringList seen;
+        QProgressDialog* dialog = nullptr;
+        connect(&loader, &SupportLoader::signalStartWorkerItem, this, [&] {
+            if ((dialog = progressDialog()))
+                seen << u"%1 %2 %3"_s.arg(dialog->labelText())
+                            .arg(dialog->value())
+                            .arg(dialog->isVisible());
+        });
+        QVERIFY(runToEnd(loader));
+        // Shown on the first event loop turn, so from the second collector on at the latest.
+        QCOMPARE(seen.mid(1),
+                 (QStringList{"Loading Fonts data... 1 1", "Loading Permissions data... 2 1",
+                              "Loading Corvanta data... 3 1", "Loading System data... 4 1"}));
+        QVERIFY(seen.value(0).startsWith(u"Loading Display data... 0 "_s));
+        QCOMPARE(dialog->maximum(), 5);
+        QCOMPARE(dialog->windowModality(), Qt::ApplicationModal);
+        QCOMPARE(dialog->windowTitle(), u"Corvanta Support"_s);
+        QVERIFY(dialog->findChildren<QPushButton*>().isEmpty());
+        QVERIFY(!dialog->isVisible());
+    }
+
+    void emptyTableFinishesAtOnce()
+    {
+        const auto table = SupportDataTable::create();
+        SupportLoader loader(table.toWeakRef());
+        int maximumSeen = -1;
+        QSignalSpy finished(&loader, &SupportLoader::signalFinished);
+        connect(&loader, &SupportLoader::signalFinished, this, [&] {
+            if (QProgressDialog* dialog = progressDialog()) {
+                maximumSeen = dialog->maximum();
+                QVERIFY(!dialog->isVisible());
+            }
+        });
+        loader.start();
+        // Emitted within start() itself, with no event loop turn.
+        QCOMPARE(finished.count(), 1);
+        QCOMPARE(maximumSeen, 0);
+    }
+
+    void vanishedTableIsIgnored()
+    {
+        RecordingData::Journal journal;
+        SupportDataTable table = makeTable(&journal);
+        SupportLoader loader(table.toWeakRef());
+        table.reset();
+        QSignalSpy finished(&loader, &SupportLoader::signalFinished);
+        loader.start();
+        QTest::qWait(50);
+        QCOMPARE(finished.count(), 0);
+        QVERIFY(journal.snapshot().isEmpty());
+        QVERIFY(!progressDialog() || !progressDialog()->isVisible());
+    }
+};
 
 QTEST_MAIN(tst_SupportLoader)
 #include "tst_supportloader.moc"

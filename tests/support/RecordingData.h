@@ -17,26 +17,30 @@ public:
         QStringList events; // "main:<kind>", "begin:<kind>", "end:<kind>"
         QList<QThread*> loadThreads;
         QList<QThread*> mainThreadStepThreads;
-        void add(const QString& event);
+        void add(const QString& event, QList<QThread*>* threads = nullptr);
         QStringList snapshot();
     };
 
-    RecordingData(int kind, const QString& name, Journal* journal, bool mainThreadWork = false);
+    RecordingData(int kind, const QString& name, Journal* journal, bool mainThreadWork = false)
+        : m_kind(kind)
+        , m_name(name)
+        , m_journal(journal)
+        , m_mainThreadWork(mainThreadWork)
+    {}
 
-    QStringList errors() const override;
-    QImage image() const override;
-    QString name() const override;
-    int type() const override;
-    void handleLink(const QString& link) override;
+    QStringList errors() const override { return fakeErrors; }
+    QImage image() const override { return fakeImage; }
+    QString name() const override { return m_name; }
+    int type() const override { return m_kind; }
+    void handleLink(const QString& link) override { links << link; }
     void load() override;
     void loadOnMainThread() override;
-    bool needsMainThreadWork() const override;
+    bool needsMainThreadWork() const override { return m_mainThreadWork; }
 
     QStringList fakeErrors;
     QString fakeText;
     QImage fakeImage;
     QStringList links;
-    int loads = 0;
 
 private:
     int m_kind;

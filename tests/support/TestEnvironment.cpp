@@ -1,35 +1,36 @@
 #include "TestEnvironment.h"
 
 #include <QDir>
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
-const char* const variables[] = {"HOME",           "XDG_DATA_HOME",  "XDG_CONFIG_HOME",
-                                 "XDG_CACHE_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR"};
+const std::pair<const char*, const char*> folders[] = {{"HOME", ""},
+                                                       {"XDG_DATA_HOME", "/.local/share"},
+                                                       {"XDG_CONFIG_HOME", "/.config"},
+                                                       {"XDG_CACHE_HOME", "/.cache"},
+                                                       {"XDG_STATE_HOME", "/.local/state"},
+                                                       {"XDG_RUNTIME_DIR", "/runtime"}};
 
 } // namespace
 
 TestEnvironment::TestEnvironment()
     : m_saved(QProcessEnvironment::systemEnvironment())
 {
-    const QString root = m_dir.path();
-    QDir().mkpath(root + QStringLiteral("/runtime"));
-    QFile::setPermissions(root + QStringLiteral("/runtime"),
+    for (const auto& [name, folder] : folders)
+        qputenv(name, (m_dir.path() + QLatin1String(folder)).toUtf8());
+    QDir().mkpath(path(u"runtime"_s));
+    QFile::setPermissions(path(u"runtime"_s),
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    qputenv("HOME", root.toUtf8());
-    qputenv("XDG_DATA_HOME", (root + QStringLiteral("/.local/share")).toUtf8());
-    qputenv("XDG_CONFIG_HOME", (root + QStringLiteral("/.config")).toUtf8());
-    qputenv("XDG_CACHE_HOME", (root + QStringLiteral("/.cache")).toUtf8());
-    qputenv("XDG_STATE_HOME", (root + QStringLiteral("/.local/state")).toUtf8());
-    qputenv("XDG_RUNTIME_DIR", (root + QStringLiteral("/runtime")).toUtf8());
 }
 
 TestEnvironment::~TestEnvironment()
 {
-    for (const char* name : variables) {
-        const QString value = m_saved.value(QString::fromLatin1(name));
+    for (const auto& [name, folder] : folders) {
         if (m_saved.contains(QString::fromLatin1(name)))
-            qputenv(name, value.toUtf8());
+            qputenv(name, m_saved.value(QString::fromLatin1(name)).toUtf8());
         else
             qunsetenv(name);
     }
@@ -50,7 +51,15 @@ QString TestEnvironment::path(const QString& relative) const
     return m_dir.filePath(relative);
 }
 
-QProcessEnvironment TestEnvironment::processEnvironment() const
+bool putFile(const QString& path, const QByteArray& bytes)
 {
-    return QProcessEnvironment::systemEnvironment();
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+QByteArray fileBytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
 }

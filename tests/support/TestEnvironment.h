@@ -3,8 +3,6 @@
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
 
-#include <memory>
-
 // A private home for one test: HOME and every XDG folder point into a temporary directory that is
 // removed afterwards, so no test reads or writes the real user's files.
 class TestEnvironment
@@ -16,10 +14,13 @@ public:
     bool isValid() const;
     QString home() const;
     QString path(const QString& relative) const;
-    // The same settings for a child process.
-    QProcessEnvironment processEnvironment() const;
 
 private:
     QTemporaryDir m_dir;
     QProcessEnvironment m_saved;
 };
+
+// Writes the bytes, creating missing folders first.
+bool putFile(const QString& path, const QByteArray& bytes);
+// The file's bytes, or "<unreadable>".
+QByteArray fileBytes(const QString& path);
