@@ -94,7 +94,11 @@ void SupportLoader::slotStartNextWorkerItem()
         emit signalStartWorkerItem(kind);
         return;
     }
-    if (d->dialog)
+    if (d->dialog) {
+        // A quick pass can end before the dialog's own show timer fires; reset() stops that timer
+        // so the dialog cannot appear over the finished window.
+        d->dialog->reset();
         d->dialog->hide();
+    }
     emit signalFinished();
 }
