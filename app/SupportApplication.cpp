@@ -41,8 +41,3 @@ void SupportApplication::createMainWindow()
     connect(d->window.data(), &SupportMainWindow::signalEmailReport, this, withTable(emailReport));
     QTimer::singleShot(0, tabs, &SupportTabs::load);
 }
-
-SupportMainWindow* SupportApplication::mainWindow() const
-{
-    return d->window;
-}

@@ -17,7 +17,6 @@ public:
     // Builds the window and starts the loading pass once the event loop runs; the window is shown
     // only when the pass has finished.
     void createMainWindow();
-    SupportMainWindow* mainWindow() const;
 
 private:
     struct Private;

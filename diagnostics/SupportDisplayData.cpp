@@ -81,26 +81,6 @@ void SupportDisplayData::load()
     render();
 }
 
-QList<SupportDisplayData::Screen> SupportDisplayData::screens() const
-{
-    return d->screens;
-}
-
-double SupportDisplayData::effectiveDpi() const
-{
-    return d->effectiveDpi;
-}
-
-double SupportDisplayData::minimumDpi() const
-{
-    return d->minimumDpi;
-}
-
-double SupportDisplayData::maximumDpi() const
-{
-    return d->maximumDpi;
-}
-
 void SupportDisplayData::setFigures(const QList<Screen>& screens, double effectiveDpi,
                                     double minimumDpi, double maximumDpi)
 {

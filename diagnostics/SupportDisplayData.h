@@ -29,11 +29,6 @@ public:
     int type() const override;
     void load() override;
 
-    QList<Screen> screens() const;
-    double effectiveDpi() const;
-    double minimumDpi() const;
-    double maximumDpi() const;
-
     // The fragment for the given figures; load() gathers them from the screens first.
     void render();
     void setFigures(const QList<Screen>& screens, double effectiveDpi, double minimumDpi,
