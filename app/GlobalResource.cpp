@@ -1,0 +1,5 @@
+#include "GlobalResource.h"
+
+GlobalResource::GlobalResource(QObject* parent) : QObject(parent) {}
+
+GlobalResource::~GlobalResource() = default;
