@@ -110,8 +110,9 @@ QImage SupportFontsData::image() const
         QLabel label;
         label.setFont(*fontSlot.font);
         label.setText(fontSlot.name + QStringLiteral(": ") + sampleText());
-        // A widget that was never shown has a default size; the picture should fit the text.
-        label.adjustSize();
+        // A widget that was never shown has a default size. adjustSize() would cap the width at
+        // two thirds of the screen and cut the sample off, so the label takes its full size hint.
+        label.resize(label.sizeHint());
         images << renderWidget(&label);
     }
     return stackImages(images);
