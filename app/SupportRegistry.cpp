@@ -2,6 +2,8 @@
 
 #include "SupportDisplayData.h"
 #include "SupportDisplayTab.h"
+#include "SupportFontsData.h"
+#include "SupportFontsTab.h"
 
 SupportDataTable createSupportDataTable()
 {
@@ -11,6 +13,7 @@ SupportDataTable createSupportDataTable()
         table->emplace(kind, std::move(data));
     };
     add(std::make_unique<SupportDisplayData>());
+    add(std::make_unique<SupportFontsData>());
     return table;
 }
 
@@ -19,6 +22,8 @@ SupportTab* createSupportTab(SupportData* data)
     switch (data->type()) {
     case DisplayDataKind:
         return new SupportDisplayTab(data);
+    case FontsDataKind:
+        return new SupportFontsTab(data);
     default:
         return nullptr;
     }

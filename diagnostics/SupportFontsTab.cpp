@@ -1,0 +1,64 @@
+#include "SupportFontsTab.h"
+
+#include "SupportFontsData.h"
+
+#include <QGridLayout>
+#include <QLabel>
+#include <QScrollArea>
+
+struct SupportFontsTab::Private
+{
+    QLabel* label = nullptr;
+    std::array<QLabel*, 4> sampleLabels{};
+    std::array<QLabel*, 4> nameLabels{};
+};
+
+SupportFontsTab::SupportFontsTab(SupportData* collector, QWidget* parent)
+    : SupportTab(collector, parent)
+    , d(std::make_unique<Private>())
+{}
+
+SupportFontsTab::~SupportFontsTab() = default;
+
+void SupportFontsTab::updateContent()
+{
+    if (!d->label) {
+        d->label = createLabel();
+        auto* scrollArea = new QScrollArea;
+        scrollArea->setWidgetResizable(true);
+        scrollArea->setWidget(d->label);
+
+        auto* samples = new QGridLayout;
+        samples->setContentsMargins(10, 10, 10, 10);
+        samples->setSpacing(10);
+        for (int row = 0; row < int(d->nameLabels.size()); ++row) {
+            d->nameLabels[size_t(row)] = new QLabel;
+            d->sampleLabels[size_t(row)] = new QLabel;
+            samples->addWidget(d->nameLabels[size_t(row)], row, 0);
+            samples->addWidget(d->sampleLabels[size_t(row)], row, 1);
+        }
+        samples->setColumnStretch(2, 1);
+
+        auto* layout = new QGridLayout(this);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->setSpacing(0);
+        layout->addWidget(scrollArea, 0, 0);
+        layout->addLayout(samples, 1, 0);
+    }
+    const auto* fonts = dynamic_cast<const SupportFontsData*>(supportData());
+    for (int row = 0; row < int(d->nameLabels.size()); ++row) {
+        const SupportFontsData::FontSlot fontSlot =
+            fonts ? fonts->slot(row) : SupportFontsData::FontSlot();
+        QLabel* nameLabel = d->nameLabels[size_t(row)];
+        QLabel* sampleLabel = d->sampleLabels[size_t(row)];
+        const bool present = !fontSlot.font.isNull();
+        nameLabel->setVisible(present);
+        sampleLabel->setVisible(present);
+        if (!present)
+            continue;
+        nameLabel->setText(fontSlot.name + QLatin1Char(':'));
+        sampleLabel->setFont(*fontSlot.font);
+        sampleLabel->setText(SupportFontsData::sampleText());
+    }
+    showText(d->label);
+}
