@@ -28,7 +28,10 @@ const QString adapterListing =
     "AdapterType=Ethernet 802.3\r\nDescription=Teredo\r\nMACAddress=00-00-00-00-00-00-00-E0\r\n"
     "AdapterType=Ethernet 802.3\r\nDescription=Parallels\r\nMACAddress=00-1C-42-00-00-08\r\n"
     "AdapterType=Ethernet 802.3\r\nDescription=VirtualBox\r\nMACAddress=0C-81-12-00-00-01\r\n"
-    "AdapterType=Wireless\r\nDescription=Wi-Fi\r\nMACAddress=AC-12-03-04-05-06\r\n"_s;
+    "AdapterType=Wireless\r\nDescription=Wi-Fi\r\nMACAddress=AC-12-03-04-05-06\r\n"
+    "AdapterType=Ethernet\r\nDescription=A\r\nMACAddress=00-00-6C-00-00-01\r\n"
+    "AdapterType=Ethernet\r\nDescription=B\r\nMACAddress=F0-5D-89-00-00-01\r\n"
+    "AdapterType=Ethernet\r\nDescription=C\r\nMACAddress=f0-5d-89-00-00-01\r\n"_s;
 
 bool putExecutable(const QString& path, const QByteArray& script)
 {
@@ -45,12 +48,8 @@ class tst_SystemProfile : public QObject
     TestEnvironment m_environment;
     QByteArray m_path = qgetenv("PATH");
 
-    // A wmic that records its arguments and runs and prints the file named by WMIC_OUTPUT.
+    // A wmic that records its arguments and prints the file named by WMIC_OUTPUT.
     QString fakeWmicFolder() const { return m_environment.path(u"bin"_s); }
-    QByteArray recorded(const QString& name) const
-    {
-        return fileBytes(fakeWmicFolder() + '/' + name);
-    }
 
 private slots:
     void initTestCase()
@@ -59,7 +58,7 @@ private slots:
         QVERIFY(putExecutable(
             fakeWmicFolder() + u"/wmic"_s,
             "#!/bin/sh\nd=$(dirname \"$0\")\nprintf '%s\\n' \"$@\" > \"$d/arguments\"\n"
-            "echo run >> \"$d/runs\"\ncat \"$WMIC_OUTPUT\"\n"));
+            "cat \"$WMIC_OUTPUT\"\n"));
         qputenv("PATH", fakeWmicFolder().toUtf8() + ':' + m_path);
     }
 
@@ -71,16 +70,13 @@ private slots:
         QTest::newRow("8.1") << 1 << u"6.3"_s << u"8.1"_s;
         QTest::newRow("Vista") << 1 << u"6.0"_s << u"Vista"_s;
         QTest::newRow("XP") << 1 << u"5.1"_s << u"XP"_s;
-        QTest::newRow("2003") << 1 << u"5.2"_s << u"2003"_s;
         QTest::newRow("unknown minor") << 1 << u"6.4"_s << u"?"_s;
-        QTest::newRow("unknown major") << 1 << u"4.0"_s << u"?"_s;
         QTest::newRow("major alone") << 1 << u"6"_s << u"6"_s;
         QTest::newRow("11") << 1 << u"11"_s << u"11"_s;
         QTest::newRow("10 with minor") << 1 << u"10.0"_s << u"10"_s;
         QTest::newRow("Sonoma") << 2 << u"14.2"_s << u"Sonoma"_s;
         QTest::newRow("Cheetah") << 2 << u"10.0"_s << u"Cheetah"_s;
         QTest::newRow("Catalina") << 2 << u"10.15"_s << u"Catalina"_s;
-        QTest::newRow("mac 10 alone") << 2 << u"10"_s << u"?"_s;
         QTest::newRow("mac 10.16") << 2 << u"10.16"_s << u"?"_s;
         QTest::newRow("other kind") << 3 << u"10"_s << u"?"_s;
     }
@@ -93,104 +89,62 @@ private slots:
         QCOMPARE(SystemProfile::versionName(kind, version), expected);
     }
 
-    void windowsAnswers_data()
+    // The wmic answers as runWmic hands them over, the system's own figures, and what they give.
+    void windowsFigures_data()
     {
         QTest::addColumn<QString>("caption");
-        QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("width");
+        QTest::addColumn<QString>("chips");
+        QTest::addColumn<double>("totalGiB");
+        QTest::addColumn<double>("mhz");
+        QTest::addColumn<QString>("name");
         QTest::addColumn<bool>("is64");
-        QTest::newRow("11, 64 bits")
-            << u"Caption=Microsoft Windows 11 Pro"_s << u"11"_s << u"AddressWidth=64"_s << true;
-        QTest::newRow("no number, 32 bits")
-            << u"Caption=Microsoft Windows Server"_s << u"7"_s << u"AddressWidth=32"_s << false;
-        QTest::newRow("nothing") << QString() << u"7"_s << QString() << false;
-        QTest::newRow("wrong case")
-            << u"caption=Microsoft Windows 10"_s << u"7"_s << u"addresswidth=64 x"_s << false;
+        QTest::addColumn<double>("ram");
+        QTest::addColumn<QString>("speed");
+        QTest::newRow("Windows 11") << u"Caption=Microsoft Windows 11 Pro"_s << u"AddressWidth=64"_s
+                                    << u"Capacity=8589934592 Capacity=8589934592"_s << 64.0
+                                    << 3600.0 << u"11"_s << true << 16.0 << u"3.6 Ghz"_s;
+        QTest::newRow("no release number")
+            << u"Caption=Microsoft Windows Server"_s << u"AddressWidth=32"_s << QString() << 7.94
+            << 2904.0 << u"7"_s << false << 7.0 << u"2.9 Ghz"_s;
+        QTest::newRow("nothing, 7.95 up") << QString() << QString() << QString() << 7.9500001 << 0.0
+                                          << u"7"_s << false << 8.0 << QString();
+        QTest::newRow("wrong case, odd parts")
+            << u"caption=Microsoft Windows 10"_s << u"addresswidth=64 x"_s
+            << u"Capacity=4294967296 Capacity x=1=2 Capacity=junk"_s << 64.0 << -1.0 << u"7"_s
+            << false << 4.0 << QString();
+        QTest::newRow("15.9, 2999.6") << QString() << QString() << QString() << 15.9 << 2999.6
+                                      << u"7"_s << false << 15.0 << u"3 Ghz"_s;
     }
 
-    void windowsAnswers()
+    void windowsFigures()
     {
         QFETCH(QString, caption);
-        QFETCH(QString, name);
         QFETCH(QString, width);
-        QFETCH(bool, is64);
-        // The running system (6.1 here) stands in when the caption has no release number.
-        QCOMPARE(SystemProfile::versionName(1, windowsVersion(caption, 6, 1)), name);
-        QCOMPARE(addressWidthIs64(width), is64);
-    }
-
-    void memory_data()
-    {
-        QTest::addColumn<QString>("chips");
-        QTest::addColumn<quint64>("totalBytes");
-        QTest::addColumn<double>("expected");
-        QTest::newRow("two modules")
-            << u"Capacity=8589934592 Capacity=8589934592"_s << quint64(0) << 16.0;
-        QTest::newRow("chips win over total") << u"Capacity=4294967296"_s << 64 * GiB << 4.0;
-        QTest::newRow("odd parts ignored")
-            << u"Capacity=4294967296 Capacity x=1=2 Capacity=junk"_s << quint64(0) << 4.0;
-        QTest::newRow("7.95 up") << QString() << quint64(7.95 * GiB) + 1 << 8.0;
-        QTest::newRow("7.94 down") << QString() << quint64(7.94 * GiB) << 7.0;
-        QTest::newRow("15.9 truncated") << QString() << quint64(15.9 * GiB) << 15.0;
-    }
-
-    void memory()
-    {
         QFETCH(QString, chips);
-        QFETCH(quint64, totalBytes);
-        QFETCH(double, expected);
-        QCOMPARE(wholeGB(memoryGiB(chips, totalBytes)), expected);
-    }
-
-    void cpuSpeed_data()
-    {
-        QTest::addColumn<double>("mhz");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("3600") << 3600.0 << u"3.6 Ghz"_s;
-        QTest::newRow("2904") << 2904.0 << u"2.9 Ghz"_s;
-        QTest::newRow("2445.432") << 2445.432 << u"2.45 Ghz"_s;
-        QTest::newRow("2999.6") << 2999.6 << u"3 Ghz"_s;
-        QTest::newRow("absent") << 0.0 << QString();
-        QTest::newRow("negative") << -100.0 << QString();
-    }
-
-    void cpuSpeed()
-    {
+        QFETCH(double, totalGiB);
         QFETCH(double, mhz);
-        QFETCH(QString, expected);
-        QCOMPARE(cpuSpeedText(mhz), expected);
+        // The running system (6.1 here) stands in when the caption has no release number.
+        QTEST(SystemProfile::versionName(1, windowsVersion(caption, 6, 1)), "name");
+        QTEST(addressWidthIs64(width), "is64");
+        QTEST(wholeGB(memoryGiB(chips, quint64(totalGiB * GiB))), "ram");
+        QTEST(cpuSpeedText(mhz), "speed");
     }
 
     void adapterScan()
     {
-        // Kept: the Intel card, Hyper-V (the words are not adjacent), VMware's 00-50-56 range
-        // and the lower-case type. The rest are virtual, special or not Ethernet.
+        // Kept: the Intel card, Hyper-V (the words are not adjacent), VMware's 00-50-56 range,
+        // the lower-case type and the lower-case address. The rest are virtual (the table's
+        // first and last prefixes among them), special or not Ethernet.
         QStringList found = physicalAdapterAddresses(adapterListing);
         found.sort();
         QCOMPARE(found, QStringList({u"00-15-5D-01-02-03"_s, u"00-1C-42-00-00-08"_s,
-                                     u"00-50-56-C0-00-08"_s, u"3C-7C-3F-11-22-33"_s}));
-        QCOMPARE(adapterRecords(adapterListing).size(), 9);
+                                     u"00-50-56-C0-00-08"_s, u"3C-7C-3F-11-22-33"_s,
+                                     u"f0-5d-89-00-00-01"_s}));
+        QCOMPARE(adapterRecords(adapterListing).size(), 12);
         QCOMPARE(adapterRecords(adapterListing).at(0).description, u"Intel(R) Ethernet I219-V"_s);
         // What runWmic hands over is one line, so no record is ever found in it.
         QVERIFY(adapterRecords(adapterListing.simplified()).isEmpty());
-    }
-
-    void isVirtualMacAddress_data()
-    {
-        QTest::addColumn<QString>("mac");
-        QTest::addColumn<bool>("expected");
-        QTest::newRow("first prefix") << u"00-00-6C-01-02-03"_s << true;
-        QTest::newRow("last prefix") << u"F0-5D-89-01-02-03"_s << true;
-        QTest::newRow("lower case") << u"f0-5d-89-01-02-03"_s << false;
-        QTest::newRow("colons") << u"00:00:6C:01:02:03"_s << false;
-        QTest::newRow("VMware") << u"00-50-56-01-02-03"_s << false;
-    }
-
-    void isVirtualMacAddress()
-    {
-        QFETCH(QString, mac);
-        QFETCH(bool, expected);
-        QCOMPARE(SystemProfile::isVirtualMacAddress(mac), expected);
     }
 
     void runWmic()
@@ -200,7 +154,8 @@ private slots:
         qputenv("WMIC_OUTPUT", m_environment.path(u"caption"_s).toUtf8());
         QCOMPARE(SystemProfile::runWmic(u" os  get caption /Format:list"_s),
                  u"Caption=Microsoft Windows 11 Pro"_s);
-        QCOMPARE(recorded(u"arguments"_s), "/interactive:off\nos\nget\ncaption\n/Format:list\n");
+        QCOMPARE(fileBytes(fakeWmicFolder() + u"/arguments"_s),
+                 "/interactive:off\nos\nget\ncaption\n/Format:list\n");
 
         qputenv("PATH", m_environment.path(u"empty"_s).toUtf8());
         QCOMPARE(SystemProfile::runWmic(u"os get caption /Format:list"_s), QString());
@@ -252,6 +207,9 @@ private slots:
     {
         QTest::addColumn<QString>("parsed");
         QTest::addColumn<QString>("expected");
+        const auto n = [](auto number) {
+            return QString::number(number);
+        };
         const QString osRelease =
             u"# c\nNAME=\"Debian\"\nPRETTY_NAME=\"Debian \\\"GNU\\\" 12\"\nbroken\nVERSION_ID=12\n"_s;
         QTest::newRow("os-release quoted")
@@ -263,24 +221,20 @@ private slots:
         QTest::newRow("os-release empty") << osReleaseValue({}, u"ID"_s) << QString();
         QTest::newRow("kernel") << kernelMajorMinor(u"6.1.0-18-amd64\n"_s) << u"6.1"_s;
         QTest::newRow("kernel malformed") << kernelMajorMinor(u"6-rc"_s) << QString();
-        QTest::newRow("cpuinfo first") << QString::number(
-            cpuInfoMHz(u"processor\t: 0\ncpu MHz\t\t: 2445.432\ncpu MHz\t\t: 1200.000\n"_s))
-                                       << u"2445.43"_s;
-        QTest::newRow("cpuinfo malformed")
-            << QString::number(cpuInfoMHz(u"cpu MHz : fast\n"_s)) << u"0"_s;
-        QTest::newRow("cpuinfo missing")
-            << QString::number(cpuInfoMHz(u"processor : 0\n"_s)) << u"0"_s;
-        QTest::newRow("max freq") << QString::number(maxFrequencyMHz(u"3600000\n"_s)) << u"3600"_s;
-        QTest::newRow("max freq malformed") << QString::number(maxFrequencyMHz(u"n/a"_s)) << u"0"_s;
-        QTest::newRow("meminfo") << QString::number(
+        QTest::newRow("cpuinfo first")
+            << n(cpuInfoMHz(u"processor\t: 0\ncpu MHz\t\t: 2445.432\ncpu MHz\t\t: 1200.000\n"_s))
+            << u"2445.43"_s;
+        QTest::newRow("cpuinfo malformed") << n(cpuInfoMHz(u"cpu MHz : fast\n"_s)) << u"0"_s;
+        QTest::newRow("cpuinfo missing") << n(cpuInfoMHz(u"processor : 0\n"_s)) << u"0"_s;
+        QTest::newRow("max freq") << n(maxFrequencyMHz(u"3600000\n"_s)) << u"3600"_s;
+        QTest::newRow("max freq malformed") << n(maxFrequencyMHz(u"n/a"_s)) << u"0"_s;
+        QTest::newRow("meminfo") << n(
             memTotalBytes(u"MemTotal:       16315412 kB\nMemFree: 1 kB\n"_s))
                                  << u"16706981888"_s;
-        QTest::newRow("meminfo missing")
-            << QString::number(memTotalBytes(u"MemFree: 1 kB"_s)) << u"0"_s;
-        QTest::newRow("meminfo malformed")
-            << QString::number(memTotalBytes(u"MemTotal: lots"_s)) << u"0"_s;
-        QTest::newRow("block size") << QString::number(hexBytes(u"8000000\n"_s)) << u"134217728"_s;
-        QTest::newRow("block size malformed") << QString::number(hexBytes(u"0x"_s)) << u"0"_s;
+        QTest::newRow("meminfo missing") << n(memTotalBytes(u"MemFree: 1 kB"_s)) << u"0"_s;
+        QTest::newRow("meminfo malformed") << n(memTotalBytes(u"MemTotal: lots"_s)) << u"0"_s;
+        QTest::newRow("block size") << n(hexBytes(u"8000000\n"_s)) << u"134217728"_s;
+        QTest::newRow("block size malformed") << n(hexBytes(u"0x"_s)) << u"0"_s;
         QTest::newRow("address") << macAddressText(u"02:fc:00:0a:bc:01\n"_s)
                                  << u"02-FC-00-0A-BC-01"_s;
         QTest::newRow("address empty") << macAddressText({}) << QString();
@@ -343,11 +297,9 @@ private slots:
 
         const SystemProfile& profile = *fromThreads[0];
         QVERIFY(profile.osName().startsWith(u"Linux "_s));
-        QVERIFY(!profile.osVersion().isEmpty());
         QCOMPARE(profile.cpuArchitecture(), QSysInfo::currentCpuArchitecture());
         QVERIFY(profile.cpuSpeed().endsWith(u" Ghz"_s));
-        QVERIFY(profile.cpuCount() >= 1);
-        QCOMPARE(profile.cpuThreads(), profile.cpuCount());
+        QVERIFY(profile.cpuThreads() >= 1);
         QVERIFY(profile.ramGB() >= 1);
         QCOMPARE(profile.homeFolderName(), QFileInfo(m_environment.home()).fileName());
         QProcess id;
