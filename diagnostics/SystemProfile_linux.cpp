@@ -78,8 +78,7 @@ Facts facts()
 {
     Facts facts;
     facts.osFamily = QStringLiteral("Linux");
-    // Linux programs carry no file-name suffix, so there is none to report.
-    facts.executableSuffix = QString();
+    // executableSuffix stays empty: Linux programs carry no file-name suffix.
 
     const QString osRelease = osReleaseText();
     facts.osVersion = SystemProfileParsers::osReleaseValue(osRelease, QStringLiteral("VERSION_ID"));

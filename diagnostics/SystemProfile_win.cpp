@@ -22,7 +22,7 @@ Facts facts()
     facts.osName =
         facts.osFamily + QLatin1Char(' ') + SystemProfile::versionName(1, facts.osVersion);
 
-    facts.cpuCount = qEnvironmentVariableIntValue("NUMBER_OF_PROCESSORS");
+    facts.cpuCount = qEnvironmentVariable("NUMBER_OF_PROCESSORS").toInt();
     facts.cpuMHz = QString::fromStdWString(win32::processorSpeedText()).toDouble();
 
     const win32::MachineNames names = win32::machineNames();
