@@ -1,0 +1,286 @@
+#include "SystemProfile.h"
+
+#include "SystemProfileParsers.h"
+#include "SystemProfilePlatform.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QHostInfo>
+#include <QNetworkInterface>
+#include <QProcess>
+#include <QScreen>
+#include <QSet>
+
+#include <mutex>
+
+namespace {
+
+// The adapter query is slow; report refreshes within half an hour reuse its answer. Only the
+// loading thread asks, so no lock.
+QStringList cachedMacAddresses;
+QDateTime cachedMacAddressesTime;
+
+Q_GLOBAL_STATIC(QSharedPointer<SystemProfile>, sharedProfile)
+
+// Hardware addresses from Qt's interface list, for when the system's adapter list says nothing.
+QSet<QString> interfaceAddresses()
+{
+    QSet<QString> addresses;
+    const QList<QNetworkInterface> interfaces = QNetworkInterface::allInterfaces();
+    for (const QNetworkInterface& interface : interfaces) {
+        if (!interface.isValid())
+            continue;
+        const QString address = interface.hardwareAddress();
+        if (SystemProfileParsers::isSpecialMacAddress(address)
+            || SystemProfile::isVirtualMacAddress(address))
+            continue;
+        if (interface.flags().testFlag(QNetworkInterface::IsLoopBack)) {
+            if (!addresses.isEmpty())
+                break;
+            continue;
+        }
+        if (!address.isEmpty())
+            addresses.insert(address);
+    }
+    return addresses;
+}
+
+} // namespace
+
+struct SystemProfile::Private
+{
+    QString osFamily;
+    QString osName;
+    QString osVersion;
+    QString cpuArchitecture;
+    bool is64Bit = false;
+    QString cpuSpeed;
+    int cpuCount = 1;
+    int cpuThreads = 1;
+    double ramGB = -1.0;
+    QList<Screen> screens;
+    QString hostName;
+    QString userName;
+    QString homeFolderName;
+    QString executableSuffix;
+};
+
+SystemProfile::SystemProfile()
+    : d(std::make_unique<Private>())
+{
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    for (const QScreen* screen : screens) {
+        d->screens.append({screen->name(), screen->geometry().size(), screen->physicalSize(),
+                           screen->devicePixelRatio()});
+    }
+
+    const SystemProfilePlatform::Facts facts = SystemProfilePlatform::facts();
+    d->osFamily = facts.osFamily;
+    d->executableSuffix = facts.executableSuffix;
+    d->osVersion = facts.osVersion;
+    d->osName = facts.osName;
+    d->cpuCount = facts.cpuCount;
+    d->cpuThreads = d->cpuCount;
+    d->cpuSpeed = SystemProfileParsers::cpuSpeedText(facts.cpuMHz);
+    d->hostName = facts.hostName;
+    d->userName = facts.userName;
+    d->homeFolderName = QFileInfo(QDir::homePath()).fileName();
+    d->is64Bit = facts.is64Bit;
+    d->cpuArchitecture = facts.cpuArchitecture;
+    if (facts.memoryGiB >= 0)
+        d->ramGB = SystemProfileParsers::wholeGB(facts.memoryGiB);
+}
+
+SystemProfile::~SystemProfile() = default;
+
+QSharedPointer<SystemProfile> SystemProfile::instance()
+{
+    QSharedPointer<SystemProfile>* held = sharedProfile();
+    if (!held)
+        return {};
+    // Built on the first caller's thread; later callers wait until it is complete.
+    static std::once_flag created;
+    std::call_once(created, [held] { held->reset(new SystemProfile); });
+    return *held;
+}
+
+QString SystemProfile::osFamily() const
+{
+    return d->osFamily;
+}
+
+QString SystemProfile::osName() const
+{
+    return d->osName;
+}
+
+QString SystemProfile::osVersion() const
+{
+    return d->osVersion;
+}
+
+QString SystemProfile::cpuArchitecture() const
+{
+    return d->cpuArchitecture;
+}
+
+bool SystemProfile::is64Bit() const
+{
+    return d->is64Bit;
+}
+
+QString SystemProfile::cpuSpeed() const
+{
+    return d->cpuSpeed;
+}
+
+int SystemProfile::cpuCount() const
+{
+    return d->cpuCount;
+}
+
+int SystemProfile::cpuThreads() const
+{
+    return d->cpuThreads;
+}
+
+double SystemProfile::ramGB() const
+{
+    return d->ramGB;
+}
+
+QList<SystemProfile::Screen> SystemProfile::screens() const
+{
+    return d->screens;
+}
+
+QString SystemProfile::hostName() const
+{
+    return d->hostName;
+}
+
+QString SystemProfile::userName() const
+{
+    return d->userName;
+}
+
+QString SystemProfile::homeFolderName() const
+{
+    return d->homeFolderName;
+}
+
+QString SystemProfile::executableSuffix() const
+{
+    return d->executableSuffix;
+}
+
+QStringList SystemProfile::macAddresses() const
+{
+    const QDateTime now = QDateTime::currentDateTime();
+    if (SystemProfileParsers::isCacheFresh(cachedMacAddresses, cachedMacAddressesTime, now))
+        return cachedMacAddresses;
+
+    QSet<QString> addresses;
+    const QStringList physical = SystemProfilePlatform::physicalAdapterAddresses();
+    for (const QString& address : physical)
+        addresses.insert(address);
+    if (addresses.isEmpty())
+        addresses = interfaceAddresses();
+
+    QStringList sorted(addresses.cbegin(), addresses.cend());
+    sorted.sort();
+    cachedMacAddresses = sorted;
+    cachedMacAddressesTime = now;
+    return sorted;
+}
+
+QStringList SystemProfile::localAddresses() const
+{
+    QStringList texts;
+    const QList<QHostAddress> addresses =
+        QHostInfo::fromName(QHostInfo::localHostName()).addresses();
+    for (const QHostAddress& address : addresses)
+        texts.append(address.toString());
+    return texts;
+}
+
+QString SystemProfile::versionName(int kind, const QString& version)
+{
+    const QStringList pieces = version.split(QLatin1Char('.'));
+    const int major = pieces.at(0).toInt();
+    const bool hasMinor = pieces.size() >= 2;
+    const int minor = hasMinor ? pieces.at(1).toInt() : -1;
+
+    if (kind == 1) {
+        if (major >= 10 || !hasMinor)
+            return QString::number(major);
+        if (major == 6) {
+            static const char* const names[] = {"Vista", "7", "8", "8.1"};
+            if (minor >= 0 && minor <= 3)
+                return QLatin1String(names[minor]);
+        } else if (major == 5) {
+            static const char* const names[] = {"2000", "XP", "2003"};
+            if (minor >= 0 && minor <= 2)
+                return QLatin1String(names[minor]);
+        }
+    } else if (kind == 2) {
+        switch (major) {
+        case 14:
+            return QStringLiteral("Sonoma");
+        case 13:
+            return QStringLiteral("Ventura");
+        case 12:
+            return QStringLiteral("Monterey");
+        case 11:
+            return QStringLiteral("Big Sur");
+        case 10:
+            if (hasMinor && minor >= 0 && minor <= 15) {
+                static const char* const names[] = {
+                    "Cheetah",       "Puma",        "Jaguar",       "Panther",
+                    "Tiger",         "Leopard",     "Snow Leopard", "Lion",
+                    "Mountain Lion", "Mavericks",   "Yosemite",     "El Capitan",
+                    "Sierra",        "High Sierra", "Mojave",       "Catalina"};
+                return QLatin1String(names[minor]);
+            }
+            break;
+        default:
+            break;
+        }
+    }
+    return QStringLiteral("?");
+}
+
+QString SystemProfile::runWmic(const QString& query)
+{
+    QStringList arguments{QStringLiteral("/interactive:off")};
+    arguments += query.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    QProcess process;
+    process.start(QStringLiteral("wmic"), arguments, QIODevice::ReadOnly);
+    if (!process.waitForStarted(30000))
+        return {};
+    // Without this wmic waits for console input.
+    process.closeWriteChannel();
+    process.waitForFinished(30000);
+    return QString::fromUtf8(process.readAllStandardOutput()).simplified();
+}
+
+bool SystemProfile::isVirtualMacAddress(const QString& mac)
+{
+    // Vendors of virtual machines, VPN clients and software adapters, in wmic's spelling.
+    static const char* const prefixes[] = {
+        "00-00-6C", "00-01-01", "00-05-4F", "00-05-78", "00-0B-18", "00-0B-F4", "00-0C-53",
+        "00-0D-58", "00-0D-A7", "00-0D-C2", "00-0D-F2", "00-0E-17", "00-0E-22", "00-0E-2A",
+        "00-0E-EF", "00-0F-09", "00-16-B4", "00-17-35", "00-18-25", "00-20-67", "00-22-1C",
+        "00-22-F1", "00-23-4A", "00-23-8C", "00-23-F7", "00-24-19", "00-24-FB", "00-25-9D",
+        "00-25-DF", "00-26-01", "00-26-9F", "00-50-47", "00-50-79", "00-A0-54", "00-A0-85",
+        "0C-81-12", "10-00-00", "11-00-AA", "14-07-08", "14-6E-0A", "20-5B-2A", "24-BF-74",
+        "28-EF-01", "30-1E-80", "58-6E-D6", "74-BE-08", "8C-84-01", "98-0E-E4", "AC-DE-48",
+        "B8-E7-79", "C0-22-50", "C8-AA-CC", "E8-4E-06", "F0-5D-89"};
+    for (const char* prefix : prefixes) {
+        if (mac.startsWith(QLatin1String(prefix)))
+            return true;
+    }
+    return false;
+}

@@ -1,0 +1,142 @@
+#include "SystemProfile.h"
+
+#include "SystemProfileParsers.h"
+#include "SystemProfilePlatform.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QSet>
+#include <QSysInfo>
+
+#include <limits.h>
+#include <pwd.h>
+#include <unistd.h>
+
+#include <vector>
+
+namespace {
+
+QString fileText(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return QString::fromUtf8(file.readAll());
+}
+
+QString osReleaseText()
+{
+    // The freedesktop lookup order: /etc first, the vendor's copy when /etc has none.
+    const QString text = fileText(QStringLiteral("/etc/os-release"));
+    return text.isEmpty() ? fileText(QStringLiteral("/usr/lib/os-release")) : text;
+}
+
+double processorMHz()
+{
+    const double maximum = SystemProfileParsers::maxFrequencyMHz(
+        fileText(QStringLiteral("/sys/devices/system/cpu/cpu0/cpufreq/cpuinfo_max_freq")));
+    return maximum > 0
+               ? maximum
+               : SystemProfileParsers::cpuInfoMHz(fileText(QStringLiteral("/proc/cpuinfo")));
+}
+
+double memoryGiB()
+{
+    quint64 bytes =
+        SystemProfilePlatform::onlineMemoryBytes(QStringLiteral("/sys/devices/system/memory"));
+    if (bytes == 0)
+        bytes = SystemProfileParsers::memTotalBytes(fileText(QStringLiteral("/proc/meminfo")));
+    return bytes == 0 ? -1.0 : double(bytes) * SystemProfileParsers::bytesToGiB;
+}
+
+QString hostName()
+{
+    char name[HOST_NAME_MAX + 1] = {};
+    if (gethostname(name, sizeof name - 1) != 0)
+        return {};
+    return QString::fromLocal8Bit(name);
+}
+
+QString userName()
+{
+    const long suggested = sysconf(_SC_GETPW_R_SIZE_MAX);
+    std::vector<char> buffer(suggested > 0 ? size_t(suggested) : 16384);
+    passwd entry{};
+    passwd* found = nullptr;
+    if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) != 0 || !found)
+        return {};
+    return QString::fromLocal8Bit(found->pw_name);
+}
+
+} // namespace
+
+namespace SystemProfilePlatform {
+
+Facts facts()
+{
+    Facts facts;
+    facts.osFamily = QStringLiteral("Linux");
+    // executableSuffix stays empty: Linux programs carry no file-name suffix.
+
+    const QString osRelease = osReleaseText();
+    facts.osVersion = SystemProfileParsers::osReleaseValue(osRelease, QStringLiteral("VERSION_ID"));
+    if (facts.osVersion.isEmpty())
+        facts.osVersion = SystemProfileParsers::kernelMajorMinor(QSysInfo::kernelVersion());
+    const QString prettyName =
+        SystemProfileParsers::osReleaseValue(osRelease, QStringLiteral("PRETTY_NAME"));
+    facts.osName =
+        prettyName.isEmpty() ? facts.osFamily : facts.osFamily + QLatin1Char(' ') + prettyName;
+
+    facts.cpuCount = int(qMax(0L, sysconf(_SC_NPROCESSORS_ONLN)));
+    facts.cpuMHz = processorMHz();
+    facts.hostName = hostName();
+    facts.userName = userName();
+    facts.cpuArchitecture = QSysInfo::currentCpuArchitecture();
+    facts.is64Bit = facts.cpuArchitecture.contains(QLatin1String("64"));
+    facts.memoryGiB = memoryGiB();
+    return facts;
+}
+
+QStringList physicalAdapterAddresses()
+{
+    return sysfsAdapterAddresses(QStringLiteral("/sys/class/net"));
+}
+
+quint64 onlineMemoryBytes(const QString& memoryRoot)
+{
+    const quint64 blockSize =
+        SystemProfileParsers::hexBytes(fileText(memoryRoot + QStringLiteral("/block_size_bytes")));
+    static const QRegularExpression blockName(QStringLiteral("^memory\\d+$"));
+    quint64 onlineBlocks = 0;
+    const QStringList blocks = QDir(memoryRoot).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    for (const QString& block : blocks) {
+        if (blockName.match(block).hasMatch()
+            && fileText(memoryRoot + QLatin1Char('/') + block + QStringLiteral("/online")).trimmed()
+                   == QLatin1String("1"))
+            ++onlineBlocks;
+    }
+    return onlineBlocks * blockSize;
+}
+
+QStringList sysfsAdapterAddresses(const QString& netRoot)
+{
+    QSet<QString> addresses;
+    const QStringList entries =
+        QDir(netRoot).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
+    for (const QString& entry : entries) {
+        const QString folder = netRoot + QLatin1Char('/') + entry;
+        // Software interfaces (loopback, bridges, tunnels, veth) have no device behind them.
+        if (!QFileInfo::exists(folder + QStringLiteral("/device")))
+            continue;
+        const QString address =
+            SystemProfileParsers::macAddressText(fileText(folder + QStringLiteral("/address")));
+        if (!address.isEmpty() && !SystemProfileParsers::isSpecialMacAddress(address)
+            && !SystemProfile::isVirtualMacAddress(address))
+            addresses.insert(address);
+    }
+    return QStringList(addresses.cbegin(), addresses.cend());
+}
+
+} // namespace SystemProfilePlatform
