@@ -177,6 +177,11 @@ private slots:
         QTest::newRow("known length keeps zeros")
             << zeros << qint64(9) << qint64(4) << true << QString::fromLatin1(zeros.left(9))
             << qint64(9) << QString();
+        const QByteArray odd("\xEF\xBB\xBFok\xFF\xE2\x82", 8);
+        QTest::newRow("byte order mark and bad bytes")
+            << odd << qint64(8) << qint64(5) << true
+            << QString::fromUtf8(odd.left(5)) + QString::fromUtf8(odd.mid(5)) << qint64(8)
+            << QString();
         QTest::newRow("to the end") << QByteArray("hello world") << qint64(-1) << qint64(4) << true
                                     << u"hello world"_s << qint64(11) << QString();
         QTest::newRow("to the end, utf-8") << u"Grüße"_s.toUtf8() << qint64(-1) << qint64(0x100000)
