@@ -9,6 +9,7 @@
 #include <QThread>
 #include <QTimer>
 
+#include <algorithm>
 #include <functional>
 
 using namespace Qt::StringLiterals;
@@ -17,36 +18,32 @@ namespace {
 
 QProgressDialog* progressDialog()
 {
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        if (auto* dialog = qobject_cast<QProgressDialog*>(widget))
-            return dialog;
-    }
-    return nullptr;
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    auto found = std::find_if(windows.cbegin(), windows.cend(),
+                              [](QWidget* w) { return qobject_cast<QProgressDialog*>(w); });
+    return found == windows.cend() ? nullptr : static_cast<QProgressDialog*>(*found);
 }
 
 void clickCancel()
 {
-    QProgressDialog* dialog = progressDialog();
-    QVERIFY(dialog && dialog->isVisible());
-    const auto buttons = dialog->findChildren<QPushButton*>();
-    QCOMPARE(buttons.size(), 1);
-    buttons.first()->click();
+    QVERIFY(progressDialog() && progressDialog()->isVisible());
+    progressDialog()->findChild<QPushButton*>()->click();
 }
 
-// Runs its steps, writing each to the journal, until the manager's flag is set; reports the
-// number of steps it ran. The hook runs after the given step.
+// Journals each step until the manager's flag is set and reports "name:steps run;". The hook runs
+// after every step with the step's number.
 class StepTask : public SupportTask
 {
 public:
-    StepTask(const QString& name, int steps, QStringList* journal, int hookStep = -1,
-             std::function<void()> hook = {})
+    StepTask(
+        const QString& name, int steps, QStringList* journal,
+        std::function<void(int)> hook = [](int) {})
         : m_name(name)
         , m_steps(steps)
         , m_journal(journal)
-        , m_hookStep(hookStep)
         , m_hook(std::move(hook))
     {}
-    ~StepTask() override { m_journal->append(u"deleted "_s + m_name); }
+    ~StepTask() override { m_journal->append("deleted " + m_name); }
 
     QString report() const override { return u"%1:%2;"_s.arg(m_name).arg(m_done); }
 
@@ -54,12 +51,10 @@ public:
     {
         if (QThread::currentThread() != qApp->thread())
             m_journal->append(u"off the GUI thread"_s);
-        for (int step = 0; step < m_steps && !*cancelFlag(); ++step) {
-            m_journal->append(m_name + QString::number(step));
-            ++m_done;
-            runner()->progress(step + 1, 0, m_steps, m_name);
-            if (step == m_hookStep)
-                m_hook();
+        for (; m_done < m_steps && !*cancelFlag(); ++m_done) {
+            m_journal->append(m_name + QString::number(m_done));
+            runner()->progress(m_done + 1, 0, m_steps, m_name);
+            m_hook(m_done);
         }
         runner()->finish(report());
     }
@@ -68,8 +63,7 @@ private:
     QString m_name;
     int m_steps;
     QStringList* m_journal;
-    int m_hookStep;
-    std::function<void()> m_hook;
+    std::function<void(int)> m_hook;
     int m_done = 0;
 };
 
@@ -79,7 +73,11 @@ class tst_SupportTaskManager : public QObject
 {
     Q_OBJECT
 
+    QStringList m_journal;
+
 private slots:
+    void init() { m_journal.clear(); }
+
     // The dialog's own show timer must not bring it up after an empty batch.
     void emptyQueueFinishesAtOnce()
     {
@@ -95,71 +93,66 @@ private slots:
 
     void tasksRunInOrderAndBatchesAppend()
     {
-        QStringList journal;
         SupportTaskManager manager;
         QSignalSpy finished(&manager, &SupportTaskManager::signalFinished);
-        manager.addTask(new StepTask(u"a"_s, 3, &journal, 1, [&] {
-            journal.append(progressDialog()->isVisible() ? u"shown"_s : u"hidden"_s);
+        manager.addTask(new StepTask(u"a"_s, 2, &m_journal, [this](int step) {
+            if (step == 0)
+                m_journal.append(progressDialog()->isVisible() ? u"shown"_s : u"hidden"_s);
         }));
-        manager.addTask(new StepTask(u"b"_s, 2, &journal));
+        manager.addTask(new StepTask(u"b"_s, 1, &m_journal));
         manager.start();
         QCOMPARE(finished.count(), 1);
-        QCOMPARE(manager.report(), u"a:3;b:2;"_s);
-        QCOMPARE(journal,
-                 QStringList({"a0", "a1", "shown", "a2", "deleted a", "b0", "b1", "deleted b"}));
+        QCOMPARE(manager.report(), u"a:2;b:1;"_s);
+        QCOMPARE(m_journal, QStringList({"a0", "shown", "a1", "deleted a", "b0", "deleted b"}));
         QVERIFY(!progressDialog()->isVisible());
 
-        manager.addTask(new StepTask(u"c"_s, 1, &journal));
+        manager.addTask(new StepTask(u"c"_s, 1, &m_journal));
         manager.start();
         QCOMPARE(finished.count(), 2);
-        QCOMPARE(manager.report(), u"a:3;b:2;c:1;"_s);
+        QCOMPARE(manager.report(), u"a:2;b:1;c:1;"_s);
     }
 
-    // The click arrives through the modal dialog's event processing while the task reports
-    // progress; the queued task stays for the next start.
+    // The first click arrives through the modal dialog's event processing while the task reports
+    // progress. Tasks still queued after a cancel wait for the next start, or die with the manager.
     void cancelEndsTheBatch()
     {
-        QStringList journal;
         {
             SupportTaskManager manager;
             QSignalSpy finished(&manager, &SupportTaskManager::signalFinished);
-            manager.addTask(new StepTask(u"a"_s, 10, &journal, 1,
-                                         [] { QTimer::singleShot(0, qApp, clickCancel); }));
-            manager.addTask(new StepTask(u"b"_s, 2, &journal));
-            manager.addTask(new StepTask(u"c"_s, 1, &journal));
+            manager.addTask(new StepTask(u"a"_s, 10, &m_journal, [](int step) {
+                if (step == 1)
+                    QTimer::singleShot(0, qApp, clickCancel);
+            }));
+            manager.addTask(new StepTask(u"b"_s, 1, &m_journal));
             manager.start();
             QCOMPARE(finished.count(), 1);
             QCOMPARE(manager.report(), u"a:3;"_s);
-            QCOMPARE(journal, QStringList({"a0", "a1", "a2", "deleted a"}));
             QVERIFY(!progressDialog()->isVisible());
 
-            journal.clear();
-            manager.addTask(new StepTask(u"d"_s, 5, &journal, 0, [&] { clickCancel(); }));
-            manager.addTask(new StepTask(u"e"_s, 1, &journal));
+            manager.addTask(new StepTask(u"c"_s, 5, &m_journal, [](int) { clickCancel(); }));
+            manager.addTask(new StepTask(u"d"_s, 1, &m_journal));
             manager.start();
             QCOMPARE(finished.count(), 2);
-            QCOMPARE(manager.report(), u"a:3;b:2;c:1;d:1;"_s);
-            QCOMPARE(journal,
-                     QStringList({"b0", "b1", "deleted b", "c0", "deleted c", "d0", "deleted d"}));
-            journal.clear();
+            QCOMPARE(manager.report(), u"a:3;b:1;c:1;"_s);
         }
-        // Still queued, and deleted with the manager.
-        QCOMPARE(journal, QStringList{u"deleted e"_s});
+        QCOMPARE(m_journal, QStringList({"a0", "a1", "a2", "deleted a", "b0", "deleted b", "c0",
+                                         "deleted c", "deleted d"}));
     }
 
     void startWhileRunningDoesNothingMore()
     {
-        QStringList journal;
         SupportTaskManager manager;
         QSignalSpy finished(&manager, &SupportTaskManager::signalFinished);
-        manager.addTask(new StepTask(u"a"_s, 2, &journal, 0, [&] {
-            manager.addTask(new StepTask(u"b"_s, 1, &journal));
+        manager.addTask(new StepTask(u"a"_s, 2, &m_journal, [&](int step) {
+            if (step > 0)
+                return;
+            manager.addTask(new StepTask(u"b"_s, 1, &m_journal));
             manager.start();
-            journal.append(u"started again"_s);
+            m_journal.append(u"started again"_s);
         }));
         manager.start();
         QCOMPARE(finished.count(), 1);
-        QCOMPARE(journal,
+        QCOMPARE(m_journal,
                  QStringList({"a0", "started again", "a1", "deleted a", "b0", "deleted b"}));
         QCOMPARE(manager.report(), u"a:2;b:1;"_s);
     }
