@@ -64,7 +64,6 @@ QString errorText(int error)
 
 struct FileHandle::Private
 {
-    int openFlags = -1;
     int fd = -1;
     QString fileName;
     qint64 cachedSize = -1;
@@ -97,7 +96,6 @@ bool FileHandle::open(const QString& path, int flags)
         return false;
     }
     d->fd = fd;
-    d->openFlags = flags;
     d->fileName = path;
     // A size measured for an earlier file does not hold for this one.
     d->cachedSize = -1;
