@@ -1,5 +1,6 @@
 #include "FileDirTools.h"
 #include "FileDirTools_p.h"
+#include "FileStream.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -288,11 +289,7 @@ int closeDescriptor(int fd)
 
 bool createEmptyFile(const QString& path)
 {
-    FILE* stream = fopenChecked(path, "wb");
-    if (!stream)
-        return false;
-    std::fclose(stream);
-    return true;
+    return FileStream(path, "wb").isOpen();
 }
 
 bool removeFile(const QString& path)
@@ -308,12 +305,10 @@ bool removeFile(const QString& path)
 
 bool writeTextFile(const QString& path, const QString& text)
 {
-    FILE* probe = fopenChecked(path, "w");
-    if (!probe) {
+    if (!FileStream(path, "w").isOpen()) {
         qDebug().noquote() << QStringLiteral("Failed to open writable text file: %1").arg(path);
         return false;
     }
-    std::fclose(probe);
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly)) {
         qDebug().noquote() << QStringLiteral("Failed to open writable text file: %1").arg(path);

@@ -1,0 +1,208 @@
+#include "FileDirTools.h"
+#include "FileHandle.h"
+#include "FileStream.h"
+#include "MessageLog.h"
+#include "TestEnvironment.h"
+
+#include <QHash>
+#include <QProcess>
+#include <QTest>
+
+#include <functional>
+
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+class tst_FileHandle : public QObject
+{
+    Q_OBJECT
+
+    TestEnvironment m_environment;
+    QString path(const QString& relative) const { return m_environment.path(relative); }
+
+private slots:
+    void failures_data()
+    {
+        QTest::addColumn<QString>("call");
+        QTest::addColumn<int>("flags");       // 0: a handle whose open failed
+        QTest::addColumn<QString>("message"); // %1 the file name
+        for (const char* call :
+             {"read", "readExact", "seek", "seekToStart", "seekToEnd", "write", "readText"})
+            QTest::addRow("closed %s", call) << call << 0 << u"Invalid file handle for \"\""_s;
+        QTest::newRow("short read") << "read" << int(OpenReadOnly)
+                                    << u"Failed to read 16 bytes from \"%1\". Success (errno=0)"_s;
+        QTest::newRow("short exact read")
+            << "readExact" << int(OpenReadOnly)
+            << u"Failed to read 16 bytes from \"%1\". Read only 10. Success (errno=0)"_s;
+        QTest::newRow("write to a read-only handle")
+            << "write" << int(OpenReadOnly)
+            << u"Failed to write 16 bytes to \"%1\". Bad file descriptor (errno=9)"_s;
+        QTest::newRow("read from a write-only handle")
+            << "read" << int(OpenWriteOnly)
+            << u"Failed to read 16 bytes from \"%1\". Bad file descriptor (errno=9)"_s;
+        QTest::newRow("negative seek")
+            << "seek" << int(OpenReadOnly) << u"Illegal file cursor seek with -1 for \"%1\""_s;
+    }
+
+    void failures()
+    {
+        QFETCH(QString, call);
+        QFETCH(int, flags);
+        QFETCH(QString, message);
+        const QString file = path(u"ten bytes"_s);
+        QVERIFY(putFile(file, "0123456789"));
+        FileHandle handle(flags ? file : path(u"missing"_s), flags);
+        QCOMPARE(handle.isOpen(), flags != 0);
+        QByteArray buffer(16, '-');
+        QString text;
+        MessageLog log;
+        const QHash<QString, std::function<bool()>> calls{
+            {"read",
+             [&] {
+                 return handle.read(buffer.data(), buffer.size());
+             }},
+            {"readExact",
+             [&] {
+                 return handle.readExact(buffer.data(), buffer.size());
+             }},
+            {"seek",
+             [&] {
+                 return handle.seek(-1);
+             }},
+            {"seekToStart",
+             [&] {
+                 return handle.seekToStart();
+             }},
+            {"seekToEnd",
+             [&] {
+                 return handle.seekToEnd();
+             }},
+            {"write",
+             [&] {
+                 return handle.write(buffer);
+             }},
+            {"readText", [&] {
+                 return handle.readText(text, -1);
+             }}};
+        QVERIFY(!calls.value(call)());
+        QCOMPARE(log.messages(), QStringList{message.replace(u"%1"_s, file)});
+        QCOMPARE(fileBytes(file), QByteArray("0123456789"));
+    }
+
+    void readText_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<qint64>("length");
+        QTest::addColumn<qint64>("chunk");
+        QTest::addColumn<bool>("ok");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<qint64>("position");
+        QTest::addColumn<QString>("message"); // %1 the file name
+        const QByteArray zeros("abcdef\0gh\0ij", 12);
+        const QByteArray odd("\xEF\xBB\xBFok\xFF\xE2\x82", 8);
+        QTest::newRow("known length keeps zeros")
+            << zeros << qint64(9) << qint64(4) << true << QString::fromLatin1(zeros.left(9))
+            << qint64(9) << QString();
+        QTest::newRow("byte order mark and bad bytes, piece by piece")
+            << odd << qint64(8) << qint64(5) << true
+            << QString::fromUtf8(odd.left(5)) + QString::fromUtf8(odd.mid(5)) << qint64(8)
+            << QString();
+        QTest::newRow("to the end") << u"Grüße"_s.toUtf8() << qint64(-1) << qint64(0x100000) << true
+                                    << u"Grüße"_s << qint64(7) << QString();
+        QTest::newRow("zero in a later chunk")
+            << zeros << qint64(-1) << qint64(4) << true << u"abcdef"_s << qint64(7) << QString();
+        QTest::newRow("zero at a chunk's end")
+            << zeros << qint64(-1) << qint64(7) << true << u"abcdef"_s << qint64(7) << QString();
+        QTest::newRow("nothing asked")
+            << zeros << qint64(0) << qint64(4) << true << QString() << qint64(0) << QString();
+        QTest::newRow("chunk 0") << zeros << qint64(-1) << qint64(0) << false << QString()
+                                 << qint64(0) << u"Invalid buffer length 0."_s;
+        QTest::newRow("past the end")
+            << zeros << qint64(13) << qint64(20) << false << QString() << qint64(12)
+            << u"Failed to read 13 bytes from \"%1\". Success (errno=0)"_s;
+    }
+
+    void readText()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(qint64, length);
+        QFETCH(qint64, chunk);
+        QFETCH(bool, ok);
+        QFETCH(QString, text);
+        QFETCH(qint64, position);
+        QFETCH(QString, message);
+        QVERIFY(putFile(path(u"text"_s), content));
+        FileHandle handle(path(u"text"_s));
+        QString read = u"old"_s;
+        MessageLog log;
+        QCOMPARE(handle.readText(read, length, chunk), ok);
+        if (ok)
+            QCOMPARE(read, text);
+        QCOMPARE(handle.position(), position);
+        QCOMPARE(log.messages().join(""), message.replace(u"%1"_s, path(u"text"_s)));
+    }
+
+    // Created empty first; seeks may pass the end; the size is measured again after a write.
+    void sizeAndSeeks()
+    {
+        const QString file = path(u"growing"_s);
+        QVERIFY(putFile(file, "content"));
+        FileHandle handle(file, OpenReadWrite, true);
+        QCOMPARE(handle.size(), 0);
+        QVERIFY(handle.write(QByteArray("0123456789")) && handle.seek(1000));
+        QCOMPARE(handle.position(), 1000);
+        QVERIFY(handle.seek(3) && handle.seek(-2, true) && !handle.seek(-2, true));
+        QCOMPARE(handle.position(), 1);
+        QCOMPARE(handle.size(), 10);
+        QVERIFY(putFile(file, "0123456789abcde"));
+        QCOMPARE(handle.size(), 10);
+        QVERIFY(handle.seekToEnd() && handle.write(QByteArray("XY")));
+        QCOMPARE(handle.size(), 17);
+        QVERIFY(handle.close() && handle.isClosed());
+        QCOMPARE(fileBytes(file), QByteArray("0123456789abcdeXY"));
+        QVERIFY(putFile(path(u"other"_s), "abc") && handle.open(path(u"other"_s), -1));
+        QCOMPARE(handle.size(), 3);
+    }
+
+    // Root may write anywhere, so the denial is checked again as nobody.
+    void readOnlyFileForWriting()
+    {
+        if (::geteuid() == 0) {
+            QProcess child;
+            child.setProcessChannelMode(QProcess::MergedChannels);
+            child.start(u"setpriv"_s,
+                        {u"--reuid=nobody"_s, u"--regid=nogroup"_s, u"--clear-groups"_s,
+                         QCoreApplication::applicationFilePath(), QTest::currentTestFunction()});
+            QVERIFY(child.waitForFinished(60000));
+            const QString output = QString::fromUtf8(child.readAll());
+            QVERIFY2(child.exitCode() == 0
+                         && output.contains(u"PASS   : tst_FileHandle::readOnlyFileForWriting"_s),
+                     qPrintable(output));
+            return;
+        }
+        const QString file = path(u"read only"_s);
+        QVERIFY(putFile(file, "kept") && QFile::setPermissions(file, QFile::ReadOwner));
+        MessageLog log;
+        QVERIFY(FileHandle(file, OpenWriteOnly).isClosed());
+        const QStringList messages = log.messages();
+        QCOMPARE(messages.value(0),
+                 u"Failed to open \"%1\" as writable because it is read only."_s.arg(file));
+        QVERIFY(messages.value(1).startsWith(u"FileHandle failed to open \"%1\". "_s.arg(file)));
+        QCOMPARE(fileBytes(file), QByteArray("kept"));
+    }
+
+    void fileStream()
+    {
+        const QString missing = path(u"no folder/stream"_s);
+        MessageLog log;
+        FileStream failed(missing, "w");
+        QVERIFY(!failed.isOpen() && !failed.close());
+        QCOMPARE(log.messages().value(1), u"Failed to open file stream: %1"_s.arg(missing));
+        FileStream stream(path(u"stream"_s), "w");
+        QVERIFY(stream.isOpen() && stream.close() && !stream.isOpen() && !stream.close());
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_FileHandle)
+#include "tst_filehandle.moc"
