@@ -2,10 +2,10 @@
 #include "FileHandle.h"
 #include "FileStream.h"
 #include "MessageLog.h"
+#include "RunAsNobody.h"
 #include "TestEnvironment.h"
 
 #include <QHash>
-#include <QProcess>
 #include <QTest>
 
 #include <functional>
@@ -168,19 +168,7 @@ private slots:
     // Root may write anywhere, so the denial is checked again as nobody.
     void readOnlyFileForWriting()
     {
-        if (::geteuid() == 0) {
-            QProcess child;
-            child.setProcessChannelMode(QProcess::MergedChannels);
-            child.start(u"setpriv"_s,
-                        {u"--reuid=nobody"_s, u"--regid=nogroup"_s, u"--clear-groups"_s,
-                         QCoreApplication::applicationFilePath(), QTest::currentTestFunction()});
-            QVERIFY(child.waitForFinished(60000));
-            const QString output = QString::fromUtf8(child.readAll());
-            QVERIFY2(child.exitCode() == 0
-                         && output.contains(u"PASS   : tst_FileHandle::readOnlyFileForWriting"_s),
-                     qPrintable(output));
-            return;
-        }
+        RUN_AS_NOBODY_WHEN_ROOT();
         const QString file = path(u"read only"_s);
         QVERIFY(putFile(file, "kept") && QFile::setPermissions(file, QFile::ReadOwner));
         MessageLog log;

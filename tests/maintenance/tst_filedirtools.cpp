@@ -1,5 +1,6 @@
 #include "FileDirTools.h"
 #include "MessageLog.h"
+#include "RunAsNobody.h"
 #include "TestEnvironment.h"
 
 #include <QDateTime>
@@ -24,35 +25,6 @@ bool setModified(const QString& path, const QDateTime& time)
     QFile file(path);
     return file.open(QIODevice::ReadWrite) && file.setFileTime(time, QFile::FileModificationTime);
 }
-
-// Root passes every permission check, so denial cases run again in a child process as nobody.
-// Returns the child's output when it failed, else an empty text.
-QString failureAsNobody()
-{
-    const QString name = QString::fromLatin1(QTest::currentTestFunction());
-    const QString tag = QString::fromLatin1(QTest::currentDataTag());
-    QProcess child;
-    child.setProcessChannelMode(QProcess::MergedChannels);
-    child.start(u"setpriv"_s, {u"--reuid=nobody"_s, u"--regid=nogroup"_s, u"--clear-groups"_s,
-                               QCoreApplication::applicationFilePath(),
-                               tag.isEmpty() ? name : name + QLatin1Char(':') + tag});
-    if (!child.waitForFinished(60000))
-        return u"setpriv did not finish: "_s + child.errorString();
-    const QString output = QString::fromUtf8(child.readAll());
-    // A child that ran or skipped nothing would also exit with 0.
-    const QString passed =
-        u"PASS   : tst_FileDirTools::%1%2"_s.arg(name, tag.isEmpty() ? tag : u"(%1)"_s.arg(tag));
-    const bool ok = child.exitStatus() == QProcess::NormalExit && child.exitCode() == 0
-                    && output.contains(passed) && !output.contains(u"SKIP"_s);
-    return ok ? QString() : output;
-}
-
-#define RUN_AS_NOBODY_WHEN_ROOT()                                                                  \
-    if (::geteuid() == 0) {                                                                        \
-        const QString failure = failureAsNobody();                                                 \
-        QVERIFY2(failure.isEmpty(), qPrintable(failure));                                          \
-        return;                                                                                    \
-    }
 
 QString openReason(const QString& path, bool stream, bool writing)
 {

@@ -1,10 +1,10 @@
+#include "RunAsNobody.h"
 #include "SupportBenchmarkFileIoTask.h"
 #include "SupportTaskManager.h"
 #include "TestEnvironment.h"
 
 #include <QApplication>
 #include <QDirIterator>
-#include <QProcess>
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -126,20 +126,8 @@ private slots:
         QFETCH(QString, cancelAt);
         QFETCH(QStringList, blocks);
         QFETCH(QStringList, files);
-        if (readOnly && ::geteuid() == 0) {
-            // Root may write anywhere, so the denial is checked as nobody.
-            QProcess child;
-            child.setProcessChannelMode(QProcess::MergedChannels);
-            child.start(u"setpriv"_s,
-                        {u"--reuid=nobody"_s, u"--regid=nogroup"_s, u"--clear-groups"_s,
-                         QCoreApplication::applicationFilePath(), u"run:read-only folder"_s});
-            QVERIFY(child.waitForFinished(120000));
-            const QString output = QString::fromUtf8(child.readAll());
-            QVERIFY2(child.exitCode() == 0
-                         && output.contains(
-                             "PASS   : tst_SupportBenchmarkFileIoTask::run(read-only folder)"),
-                     qPrintable(output.right(3000)));
-            return;
+        if (readOnly) {
+            RUN_AS_NOBODY_WHEN_ROOT();
         }
         const QString location = m_environment.path(QTest::currentDataTag());
         QVERIFY(QDir().mkpath(location));
