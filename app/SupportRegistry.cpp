@@ -2,6 +2,8 @@
 
 #include "SupportDisplayData.h"
 #include "SupportDisplayTab.h"
+#include "SupportSystemData.h"
+#include "SupportSystemTab.h"
 
 SupportDataTable createSupportDataTable()
 {
@@ -11,6 +13,7 @@ SupportDataTable createSupportDataTable()
         table->emplace(kind, std::move(data));
     };
     add(std::make_unique<SupportDisplayData>());
+    add(std::make_unique<SupportSystemData>());
     return table;
 }
 
@@ -19,6 +22,8 @@ SupportTab* createSupportTab(SupportData* data)
     switch (data->type()) {
     case DisplayDataKind:
         return new SupportDisplayTab(data);
+    case SystemDataKind:
+        return new SupportSystemTab(static_cast<SupportSystemData*>(data));
     default:
         return nullptr;
     }
