@@ -5,5 +5,5 @@
 bool probeConnectivity(const QUrl& url)
 {
     return win32::urlAnswers(url.toString().toStdWString(), connectivityProbeAgent().toStdWString(),
-                             connectivityProbeTimeout);
+                             static_cast<unsigned long>(connectivityProbeTimeout));
 }

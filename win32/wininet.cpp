@@ -22,7 +22,7 @@ bool readsSomething(const std::wstring& url, const std::wstring& agent, unsigned
          {DWORD(INTERNET_OPTION_CONNECT_TIMEOUT), DWORD(INTERNET_OPTION_SEND_TIMEOUT),
           DWORD(INTERNET_OPTION_RECEIVE_TIMEOUT)}) {
         DWORD value = timeoutMs;
-        InternetSetOptionW(session, option, &value, sizeof value);
+        InternetSetOptionW(session, option, &value, DWORD(sizeof value));
     }
 
     unsigned long long received = 0;
@@ -31,7 +31,7 @@ bool readsSomething(const std::wstring& url, const std::wstring& agent, unsigned
     if (request) {
         char chunk[1024];
         DWORD read = 0;
-        while (InternetReadFile(request, chunk, sizeof chunk, &read) && read > 0)
+        while (InternetReadFile(request, chunk, DWORD(sizeof chunk), &read) && read > 0)
             received += read;
         InternetCloseHandle(request);
     }
