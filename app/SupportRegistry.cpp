@@ -4,6 +4,8 @@
 #include "SupportDisplayTab.h"
 #include "SupportFontsData.h"
 #include "SupportFontsTab.h"
+#include "SupportSystemData.h"
+#include "SupportSystemTab.h"
 
 SupportDataTable createSupportDataTable()
 {
@@ -14,6 +16,7 @@ SupportDataTable createSupportDataTable()
     };
     add(std::make_unique<SupportDisplayData>());
     add(std::make_unique<SupportFontsData>());
+    add(std::make_unique<SupportSystemData>());
     return table;
 }
 
@@ -24,6 +27,8 @@ SupportTab* createSupportTab(SupportData* data)
         return new SupportDisplayTab(data);
     case FontsDataKind:
         return new SupportFontsTab(data);
+    case SystemDataKind:
+        return new SupportSystemTab(static_cast<SupportSystemData*>(data));
     default:
         return nullptr;
     }

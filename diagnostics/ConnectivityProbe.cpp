@@ -1,0 +1,6 @@
+#include "ConnectivityProbe.h"
+
+QString connectivityProbeAgent()
+{
+    return QStringLiteral("Corvannta Support");
+}

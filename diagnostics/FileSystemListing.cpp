@@ -1,0 +1,70 @@
+#include "FileSystemListing.h"
+
+#include "BasicTextProcessor.h"
+
+#include <QProcess>
+#include <QRegularExpression>
+
+#include <algorithm>
+
+QString withSizeTexts(const QString& listing)
+{
+    static const QRegularExpression sizePattern(QStringLiteral("(Space|Size)\\s*: (\\d+)"));
+    QString result = listing;
+    QRegularExpressionMatchIterator matches = sizePattern.globalMatch(listing);
+    while (matches.hasNext()) {
+        const QString digits = matches.next().captured(2);
+        result.replace(digits, BasicTextProcessor::formatBytes(digits.toLongLong(), false));
+    }
+    return result;
+}
+
+QString powerShellListing()
+{
+    const QList<QStringList> commands{
+        {QStringLiteral("get-wmiobject"), QStringLiteral("win32_logicaldisk")},
+        {QStringLiteral("get-wmiobject"), QStringLiteral("win32_mappedlogicaldisk")},
+        {QStringLiteral("net"), QStringLiteral("view")},
+        {QStringLiteral("net"), QStringLiteral("use")},
+    };
+    QString listing;
+    for (const QStringList& command : commands) {
+        QProcess process;
+        // The shell ends itself once the command is done.
+        process.start(QStringLiteral("powershell.exe"),
+                      command + QStringList{QStringLiteral("; Stop-Process $pid")},
+                      QIODevice::ReadWrite);
+        process.waitForFinished(60000);
+        listing += withSizeTexts(QString::fromUtf8(process.readAllStandardOutput()));
+        listing += QString::fromUtf8(process.readAllStandardError());
+    }
+    return listing;
+}
+
+QString volumeListing(const QList<MountedVolume>& volumes)
+{
+    static const QStringList networkTypes{QStringLiteral("cifs"), QStringLiteral("smb3"),
+                                          QStringLiteral("nfs"), QStringLiteral("nfs4"),
+                                          QStringLiteral("fuse.sshfs")};
+    QList<MountedVolume> ordered = volumes;
+    std::stable_partition(ordered.begin(), ordered.end(), [](const MountedVolume& volume) {
+        return !networkTypes.contains(volume.fileSystem);
+    });
+    if (ordered.isEmpty())
+        return {};
+    // Blank lines before, between and after the blocks, as PowerShell prints them.
+    QString listing = QStringLiteral("\n");
+    for (const MountedVolume& volume : ordered) {
+        const QList<QPair<QString, QString>> fields{
+            {QStringLiteral("DeviceID"), volume.device},
+            {QStringLiteral("FileSystem"), volume.fileSystem},
+            {QStringLiteral("MountPoint"), volume.mountPoint},
+            {QStringLiteral("Size"), QString::number(volume.size)},
+            {QStringLiteral("FreeSpace"), QString::number(volume.freeSpace)},
+        };
+        listing += QLatin1Char('\n');
+        for (const auto& [key, value] : fields)
+            listing += key.leftJustified(10) + QStringLiteral(" : ") + value + QLatin1Char('\n');
+    }
+    return listing + QLatin1Char('\n');
+}

@@ -1,0 +1,6 @@
+#include "FileSystemListing.h"
+
+QString fileSystemListing()
+{
+    return powerShellListing();
+}

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "SupportData.h"
+
+#include <QList>
+#include <QNetworkReply>
+#include <QObject>
+#include <QSslError>
+#include <QUrl>
+
+#include <memory>
+
+// The machine itself: operating system, processor, memory, the user's folders, locale, network
+// addresses, whether the product's web site answers, and the file systems and network shares.
+class SupportSystemData : public QObject, public SupportData
+{
+    Q_OBJECT
+
+public:
+    // What load() gathers from the machine; render() lays it out.
+    struct Figures
+    {
+        QString operatingSystem;
+        QString hostName;
+        QString userName;
+        QString documentsPath;
+        QString desktopPath;
+        double ramGB = -1.0;
+        int cpuCount = 0;
+        QString cpuSpeed;
+        QString locale;
+        QString systemTime;
+        QStringList macAddresses;
+        QStringList localAddresses;
+        bool winInetOk = false;
+        QString fileSystems;
+    };
+
+    // The address service is asked at its root for a JSON object; the probe URL is the product
+    // web site's address page.
+    explicit SupportSystemData(
+        const QUrl& addressServiceUrl = QUrl(QStringLiteral("https://api.ipify.org/")),
+        const QUrl& probeUrl = QUrl(QStringLiteral("https://www.kelvanmoor.com/myip.php")),
+        QObject* parent = nullptr);
+    ~SupportSystemData() override;
+
+    QStringList errors() const override;
+    QString name() const override;
+    int type() const override;
+    void load() override;
+
+    void setFigures(const Figures& figures);
+    void render();
+
+    // Takes the external address from the service's answer; anything unreadable leaves the
+    // address as it was.
+    void externalIpFinished(QNetworkReply* reply);
+    void setBenchmarkText(const QString& text);
+
+signals:
+    void signalExternalIpFinished(QNetworkReply* reply);
+    void signalSslErrors(QList<QSslError> errors);
+
+private:
+    void requestExternalAddress();
+
+    struct Private;
+    std::unique_ptr<Private> d;
+};

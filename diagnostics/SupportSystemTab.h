@@ -1,0 +1,30 @@
+#pragma once
+
+#include "SupportTab.h"
+
+#include <QNetworkReply>
+
+#include <memory>
+
+class SupportSystemData;
+
+class SupportSystemTab : public SupportTab
+{
+    Q_OBJECT
+
+public:
+    explicit SupportSystemTab(SupportSystemData* collector, QWidget* parent = nullptr);
+    ~SupportSystemTab() override;
+
+    // Gathers the collector again: the clock, the addresses and the network change while the
+    // program runs.
+    void updateContent() override;
+
+private slots:
+    // Shows the answer without gathering again, so the address service is asked once per load.
+    void slotExternalIpFinished(QNetworkReply* reply);
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
+};
