@@ -1,7 +1,10 @@
 #include "SupportSystemTab.h"
 
+#include "SupportBenchmarkFileIoTask.h"
 #include "SupportSystemData.h"
+#include "SupportTaskManager.h"
 
+#include <QFileDialog>
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -12,6 +15,7 @@ struct SupportSystemTab::Private
     SupportSystemData* collector = nullptr;
     QPushButton* benchmarkButton = nullptr;
     QLabel* label = nullptr;
+    std::unique_ptr<SupportTaskManager> taskManager;
 };
 
 SupportSystemTab::SupportSystemTab(SupportSystemData* collector, QWidget* parent)
@@ -35,6 +39,8 @@ void SupportSystemTab::updateContent()
 
         d->benchmarkButton = new QPushButton(tr("Benchmark File I/O"));
         d->benchmarkButton->setObjectName(QStringLiteral("benchmarkButton"));
+        connect(d->benchmarkButton, &QPushButton::clicked, this,
+                &SupportSystemTab::slotBenchmarkClicked);
         auto* buttons = new QGridLayout;
         buttons->setContentsMargins(5, 5, 5, 5);
         buttons->setSpacing(10);
@@ -56,4 +62,25 @@ void SupportSystemTab::slotExternalIpFinished(QNetworkReply* reply)
     d->collector->externalIpFinished(reply);
     d->collector->render();
     showText(d->label);
+}
+
+void SupportSystemTab::slotBenchmarkClicked()
+{
+    const QString location = QFileDialog::getExistingDirectory(
+        this, tr("Choose Location"), QString(), QFileDialog::ShowDirsOnly);
+    if (location.isEmpty())
+        return;
+    if (!d->taskManager) {
+        d->taskManager = std::make_unique<SupportTaskManager>();
+        connect(d->taskManager.get(), &SupportTaskManager::signalFinished, this,
+                &SupportSystemTab::slotBenchmarkFinished);
+    }
+    d->taskManager->addTask(new SupportBenchmarkFileIoTask(location));
+    d->taskManager->start();
+}
+
+void SupportSystemTab::slotBenchmarkFinished()
+{
+    d->collector->setBenchmarkText(d->taskManager->report());
+    updateContent();
 }

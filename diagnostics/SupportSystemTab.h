@@ -23,6 +23,9 @@ public:
 private slots:
     // Shows the answer without gathering again, so the address service is asked once per load.
     void slotExternalIpFinished(QNetworkReply* reply);
+    void slotBenchmarkClicked();
+    // Shows every benchmark run so far: the manager's report is never cleared.
+    void slotBenchmarkFinished();
 
 private:
     struct Private;

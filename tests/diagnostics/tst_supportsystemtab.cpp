@@ -2,6 +2,9 @@
 #include "SupportSystemTab.h"
 #include "TestEnvironment.h"
 
+#include <QApplication>
+#include <QDir>
+#include <QFileDialog>
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -10,6 +13,7 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTest>
+#include <QTimer>
 
 using namespace Qt::StringLiterals;
 
@@ -76,6 +80,46 @@ private slots:
         auto* outer = qobject_cast<QGridLayout*>(tab.layout());
         QVERIFY(outer && qobject_cast<QScrollArea*>(outer->itemAtPosition(0, 0)->widget()));
         QCOMPARE(outer->itemAtPosition(1, 0)->layout()->indexOf(button), 0);
+    }
+
+    // A cancelled folder choice runs nothing; each chosen folder adds its report below the others.
+    void benchmarkRuns()
+    {
+        TestEnvironment home;
+        SupportSystemData data(QUrl(u"http://127.0.0.1:1/"_s), QUrl(u"http://127.0.0.1:1/"_s));
+        SupportSystemTab tab(&data);
+        tab.updateContent();
+        auto* button = tab.findChild<QPushButton*>(u"benchmarkButton"_s);
+        auto* label = tab.findChild<QLabel*>();
+        QVERIFY(button && label);
+        const auto press = [&](const QString& folder) {
+            QTimer::singleShot(0, this, [folder] {
+                auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+                QVERIFY(dialog);
+                QCOMPARE(dialog->windowTitle(), u"Choose Location"_s);
+                if (folder.isEmpty())
+                    return dialog->reject();
+                dialog->setDirectory(folder);
+                static_cast<QDialog*>(dialog)->accept();
+            });
+            button->click();
+        };
+        const QString first = home.path(u"first"_s);
+        const QString second = home.path(u"second"_s);
+        QVERIFY(QDir().mkpath(first) && QDir().mkpath(second));
+
+        press(QString());
+        QVERIFY(!label->text().contains(u"CREATE min="_s));
+        press(first);
+        QCOMPARE(label->text().count(u"CREATE min="_s), 1);
+        press(second);
+        const QString text = label->text();
+        QCOMPARE(text.count(u"RANDOM_SEEK min="_s), 2);
+        QVERIFY2(text.indexOf(first + u"<br>CREATE"_s) < text.indexOf(second + u"<br>CREATE"_s)
+                     && text.indexOf(first) >= 0,
+                 qPrintable(text.right(400)));
+        QCOMPARE(QDir(first).entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden),
+                 QStringList());
     }
 
     void network_data()
