@@ -1,5 +1,7 @@
 #include "GlobalResource.h"
 
-GlobalResource::GlobalResource(QObject* parent) : QObject(parent) {}
+GlobalResource::GlobalResource(QObject* parent)
+    : QObject(parent)
+{}
 
 GlobalResource::~GlobalResource() = default;
