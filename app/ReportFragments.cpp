@@ -40,6 +40,15 @@ QString errorsHtml(const SupportData& data)
     return html;
 }
 
+void appendErrors(QString& output, const SupportData& data)
+{
+    const QString errors = errorsHtml(data);
+    if (errors.isEmpty())
+        return;
+    appendField(output, errors, QVariant());
+    output += lineBreaks(2);
+}
+
 QString lineBreaks(int count)
 {
     return count > 0 ? QStringLiteral("<br>").repeated(count) : QString();

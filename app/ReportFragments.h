@@ -9,6 +9,8 @@ class SupportData;
 // markup again, so their exact output matters.
 
 QString errorsHtml(const SupportData& data);
+// The collector's errors as the first lines of its page, then two breaks; nothing without errors.
+void appendErrors(QString& output, const SupportData& data);
 QString lineBreaks(int count);
 void appendField(QString& output, const QString& label, const QVariant& value,
                  const QString& note = QString(), const QString& suffix = QString());

@@ -5,7 +5,9 @@
 #include "ReportFragments.h"
 #include "SupportData.h"
 
+#include <QGridLayout>
 #include <QLabel>
+#include <QScrollArea>
 
 struct SupportTab::Private
 {
@@ -58,6 +60,20 @@ QLabel* SupportTab::createLabel()
     label->setPalette(palette);
     label->setAutoFillBackground(true);
     connect(label, &QLabel::linkActivated, this, &SupportTab::onLinkActivated);
+    return label;
+}
+
+QLabel* SupportTab::createPage(QLayout* below, Qt::Alignment belowAlignment)
+{
+    QLabel* label = createLabel();
+    auto* scrollArea = new QScrollArea;
+    scrollArea->setWidgetResizable(true);
+    scrollArea->setWidget(label);
+    auto* layout = new QGridLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(scrollArea, 0, 0);
+    layout->addLayout(below, 1, 0, belowAlignment);
     return label;
 }
 

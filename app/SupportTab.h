@@ -5,6 +5,7 @@
 #include <memory>
 
 class QLabel;
+class QLayout;
 class SupportData;
 
 // A page showing one collector's fragment. "#" links are repair actions for the collector; every
@@ -27,6 +28,9 @@ public slots:
 
 protected:
     QLabel* createLabel();
+    // The usual page: the collector's text in a scroll area with the given controls below it.
+    // Returns the text label.
+    QLabel* createPage(QLayout* below, Qt::Alignment belowAlignment = {});
     // Shows the collector's current fragment in the given label.
     void showText(QLabel* label) const;
 

@@ -94,11 +94,7 @@ void SupportDisplayData::render()
 {
     QString& text = *this->text();
     text.clear();
-    const QString errorText = errorsHtml(*this);
-    if (!errorText.isEmpty()) {
-        appendField(text, errorText, QVariant());
-        text += lineBreaks(2);
-    }
+    appendErrors(text, *this);
     appendField(text, QStringLiteral("Number of Screens:"), int(d->screens.size()));
     text += lineBreaks(2);
     for (int i = 0; i < d->screens.size(); ++i) {

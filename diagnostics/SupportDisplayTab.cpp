@@ -6,7 +6,6 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QScrollArea>
 
 namespace {
 
@@ -31,11 +30,6 @@ SupportDisplayTab::~SupportDisplayTab() = default;
 void SupportDisplayTab::updateContent()
 {
     if (!d->label) {
-        d->label = createLabel();
-        auto* scrollArea = new QScrollArea;
-        scrollArea->setWidgetResizable(true);
-        scrollArea->setWidget(d->label);
-
         d->applyButton = new QPushButton(tr("Apply DPI Workaround"));
         d->removeButton = new QPushButton(tr("Remove DPI Workaround"));
         connect(d->applyButton, &QPushButton::clicked, this,
@@ -49,11 +43,7 @@ void SupportDisplayTab::updateContent()
         buttons->addWidget(d->applyButton, 0, 1);
         buttons->setColumnStretch(2, 1);
 
-        auto* layout = new QGridLayout(this);
-        layout->setContentsMargins(0, 0, 0, 0);
-        layout->setSpacing(0);
-        layout->addWidget(scrollArea, 0, 0);
-        layout->addLayout(buttons, 1, 0, Qt::AlignCenter);
+        d->label = createPage(buttons, Qt::AlignCenter);
 
         showWorkaroundPresent(!environmentVariable(scaleFactorVariable).isEmpty());
     }

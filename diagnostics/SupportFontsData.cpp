@@ -157,11 +157,7 @@ void SupportFontsData::render()
 {
     QString& text = *this->text();
     text.clear();
-    const QString errorText = errorsHtml(*this);
-    if (!errorText.isEmpty()) {
-        appendField(text, errorText, QVariant());
-        text += lineBreaks(2);
-    }
+    appendErrors(text, *this);
     for (const FontSlot& fontSlot : d->fontSlots) {
         appendField(text, fontSlot.name, QVariant());
         text += lineBreaks(1);

@@ -4,7 +4,6 @@
 
 #include <QGridLayout>
 #include <QLabel>
-#include <QScrollArea>
 
 struct SupportFontsTab::Private
 {
@@ -23,11 +22,6 @@ SupportFontsTab::~SupportFontsTab() = default;
 void SupportFontsTab::updateContent()
 {
     if (!d->label) {
-        d->label = createLabel();
-        auto* scrollArea = new QScrollArea;
-        scrollArea->setWidgetResizable(true);
-        scrollArea->setWidget(d->label);
-
         auto* samples = new QGridLayout;
         samples->setContentsMargins(10, 10, 10, 10);
         samples->setSpacing(10);
@@ -39,11 +33,7 @@ void SupportFontsTab::updateContent()
         }
         samples->setColumnStretch(2, 1);
 
-        auto* layout = new QGridLayout(this);
-        layout->setContentsMargins(0, 0, 0, 0);
-        layout->setSpacing(0);
-        layout->addWidget(scrollArea, 0, 0);
-        layout->addLayout(samples, 1, 0);
+        d->label = createPage(samples);
     }
     const auto* fonts = dynamic_cast<const SupportFontsData*>(supportData());
     for (int row = 0; row < int(d->nameLabels.size()); ++row) {

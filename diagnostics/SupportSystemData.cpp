@@ -172,11 +172,7 @@ void SupportSystemData::render()
     const Figures& f = d->figures;
     QString& text = *this->text();
     text.clear();
-    const QString errorText = errorsHtml(*this);
-    if (!errorText.isEmpty()) {
-        appendField(text, errorText, QVariant());
-        text += lineBreaks(2);
-    }
+    appendErrors(text, *this);
 
     const QList<QPair<QString, QString>> rows{
         {QStringLiteral("Operating System:"), f.operatingSystem},

@@ -8,7 +8,6 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QScrollArea>
 
 struct SupportSystemTab::Private
 {
@@ -32,11 +31,6 @@ SupportSystemTab::~SupportSystemTab() = default;
 void SupportSystemTab::updateContent()
 {
     if (!d->label) {
-        d->label = createLabel();
-        auto* scrollArea = new QScrollArea;
-        scrollArea->setWidgetResizable(true);
-        scrollArea->setWidget(d->label);
-
         d->benchmarkButton = new QPushButton(tr("Benchmark File I/O"));
         d->benchmarkButton->setObjectName(QStringLiteral("benchmarkButton"));
         connect(d->benchmarkButton, &QPushButton::clicked, this,
@@ -47,11 +41,7 @@ void SupportSystemTab::updateContent()
         buttons->addWidget(d->benchmarkButton, 0, 0);
         buttons->setColumnStretch(1, 1);
 
-        auto* layout = new QGridLayout(this);
-        layout->setContentsMargins(0, 0, 0, 0);
-        layout->setSpacing(0);
-        layout->addWidget(scrollArea, 0, 0);
-        layout->addLayout(buttons, 1, 0);
+        d->label = createPage(buttons);
     }
     d->collector->load();
     showText(d->label);
