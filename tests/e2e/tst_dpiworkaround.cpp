@@ -65,13 +65,8 @@ void tst_DpiWorkaround::applyThenRemove()
     seed.close();
 
     QProcess program;
-    program.setProcessEnvironment(x.environment(QProcessEnvironment::systemEnvironment()));
-    program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    program.start(QStringLiteral(CORVANTA_SUPPORT_BINARY), {});
-    const QString window = x.waitForWindow(QStringLiteral("^Corvanta Support$"), QSize(960, 540));
+    const QString window = x.startMainWindow(program);
     QVERIFY2(!window.isEmpty(), "the main window never appeared");
-    x.run(QStringLiteral("xdotool"),
-          {QStringLiteral("windowfocus"), QStringLiteral("--sync"), window});
 
     const auto applied = [&] {
         return readAll(ours).contains(QStringLiteral("QT_AUTO_SCREEN_SCALE_FACTOR=0\n"));

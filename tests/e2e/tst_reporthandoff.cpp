@@ -76,10 +76,7 @@ void tst_ReportHandoff::cleanup()
 
 QString tst_ReportHandoff::startAndWaitForWindow()
 {
-    m_program.setProcessEnvironment(m_x->environment(QProcessEnvironment::systemEnvironment()));
-    m_program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_program.start(QStringLiteral(CORVANTA_SUPPORT_BINARY), {});
-    return m_x->waitForWindow(QStringLiteral("^Corvanta Support$"), QSize(960, 540));
+    return m_x->startMainWindow(m_program);
 }
 
 void tst_ReportHandoff::menu(const QStringList& keys)

@@ -121,6 +121,18 @@ QString XvfbServer::waitForWindow(const QString& titlePattern, const QSize& size
     return {};
 }
 
+QString XvfbServer::startMainWindow(QProcess& program) const
+{
+    program.setProcessEnvironment(environment(QProcessEnvironment::systemEnvironment()));
+    program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    program.start(QStringLiteral(CORVANTA_SUPPORT_BINARY), {});
+    const QString window = waitForWindow(QStringLiteral("^Corvanta Support$"), QSize(960, 540));
+    if (!window.isEmpty())
+        run(QStringLiteral("xdotool"),
+            {QStringLiteral("windowfocus"), QStringLiteral("--sync"), window});
+    return window;
+}
+
 void XvfbServer::keys(const QStringList& names) const
 {
     for (const QString& name : names) {

@@ -32,6 +32,9 @@ public:
     // Waits up to the timeout for a visible window of that title and size; its id, or empty.
     QString waitForWindow(const QString& titlePattern, const QSize& size,
                           int timeout = 30000) const;
+    // Starts the program on this display and waits for its 960x540 main window, then focuses it.
+    // The window's id, or empty.
+    QString startMainWindow(QProcess& program) const;
     // Presses keys one after another in the focused window.
     void keys(const QStringList& names) const;
 
