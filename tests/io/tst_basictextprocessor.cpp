@@ -17,7 +17,6 @@ private slots:
         const qint64 kb = 1024, mb = kb * kb, tb = mb * mb;
         QTest::newRow("zero") << qint64(0) << "0 bytes" << u"0.0 bytes"_s;
         QTest::newRow("one") << qint64(1) << "1 byte" << u"1 byte"_s;
-        QTest::newRow("two") << qint64(2) << "2 bytes" << u"2.0 bytes"_s;
         QTest::newRow("below a kilobyte") << kb - 1 << "1023 bytes" << u"1023.0 bytes"_s;
         QTest::newRow("kilobyte") << kb << "1 KB" << u"1.0 KB"_s;
         QTest::newRow("one and a half") << kb * 3 / 2 << "1.5 KB" << u"1.5 KB"_s;
@@ -35,10 +34,8 @@ private slots:
     void formatBytes()
     {
         QFETCH(qint64, bytes);
-        QFETCH(QString, plain);
-        QFETCH(QString, withDecimal);
-        QCOMPARE(BasicTextProcessor::formatBytes(bytes, false), plain);
-        QCOMPARE(BasicTextProcessor::formatBytes(bytes, true), withDecimal);
+        QTEST(BasicTextProcessor::formatBytes(bytes, false), "plain");
+        QTEST(BasicTextProcessor::formatBytes(bytes, true), "withDecimal");
     }
 };
 

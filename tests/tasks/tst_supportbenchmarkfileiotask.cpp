@@ -124,8 +124,6 @@ private slots:
     {
         QFETCH(bool, readOnly);
         QFETCH(QString, cancelAt);
-        QFETCH(QStringList, blocks);
-        QFETCH(QStringList, files);
         if (readOnly) {
             RUN_AS_NOBODY_WHEN_ROOT();
         }
@@ -156,8 +154,8 @@ private slots:
         const QString report = manager.report();
         if (!readOnly)
             QVERIFY(report.startsWith(location + '\n'));
-        QCOMPARE(summary(report), blocks);
-        QCOMPARE(seen, files);
+        QTEST(summary(report), "blocks");
+        QTEST(seen, "files");
         QCOMPARE(QDir(location).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
                  QStringList());
     }
