@@ -93,9 +93,9 @@ private slots:
             << -1.0 << QString() << none << true << QString()
             << u"Errors:<br>1. Insufficient RAM.<br>2. Failed to find file systems.<br><br>"_s
             << u"-1 GB"_s << QString() << u"OK"_s;
-        QTest::newRow("TLS errors numbered")
-            << 8.0 << listing << QList<QSslError>{selfSigned, wrongHost} << true << QString()
-            << QString() << u"8 GB"_s
+        QTest::newRow("TLS errors numbered, RAM to six digits")
+            << 7.123456789 << listing << QList<QSslError>{selfSigned, wrongHost} << true
+            << QString() << QString() << u"7.12346 GB"_s
             << "SSL Errors:         <br>1. " + selfSigned.errorString() + "<br>2. "
                    + wrongHost.errorString() + "<br><br>"
             << ok;
