@@ -33,12 +33,6 @@ const QString adapterListing =
     "AdapterType=Ethernet\r\nDescription=B\r\nMACAddress=F0-5D-89-00-00-01\r\n"
     "AdapterType=Ethernet\r\nDescription=C\r\nMACAddress=f0-5d-89-00-00-01\r\n"_s;
 
-bool putExecutable(const QString& path, const QByteArray& script)
-{
-    return putFile(path, script)
-           && QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-}
-
 } // namespace
 
 class tst_SystemProfile : public QObject
@@ -55,10 +49,11 @@ private slots:
     void initTestCase()
     {
         QVERIFY(m_environment.isValid());
-        QVERIFY(putExecutable(
-            fakeWmicFolder() + u"/wmic"_s,
-            "#!/bin/sh\nd=$(dirname \"$0\")\nprintf '%s\\n' \"$@\" > \"$d/arguments\"\n"
-            "cat \"$WMIC_OUTPUT\"\n"));
+        const QString wmic = fakeWmicFolder() + u"/wmic"_s;
+        QVERIFY(putFile(wmic,
+                        "#!/bin/sh\nd=$(dirname \"$0\")\nprintf '%s\\n' \"$@\" > \"$d/arguments\"\n"
+                        "cat \"$WMIC_OUTPUT\"\n"));
+        QVERIFY(QFile::setPermissions(wmic, QFile::ReadOwner | QFile::ExeOwner));
         qputenv("PATH", fakeWmicFolder().toUtf8() + ':' + m_path);
     }
 
