@@ -146,8 +146,6 @@ private slots:
         QTest::addColumn<QStringList>("revealed");
         QTest::newRow("action") << "#deletePath/x" << true << QStringList{"deletePath/x"}
                                 << QStringList();
-        QTest::newRow("action with encoded path")
-            << "#deletePath/a%25b%27c" << false << QStringList{"deletePath/a%b'c"} << QStringList();
         QTest::newRow("empty") << "" << true << QStringList() << QStringList();
         QTest::newRow("file manager")
             << "file:///tmp/o%27brien/My Files/report.txt" << true << QStringList()

@@ -45,11 +45,6 @@ XvfbServer::~XvfbServer()
     m_server.waitForFinished(3000);
 }
 
-bool XvfbServer::isRunning() const
-{
-    return !m_display.isEmpty() && m_server.state() == QProcess::Running;
-}
-
 QProcessEnvironment XvfbServer::environment() const
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();

@@ -13,7 +13,7 @@ public:
                         int dpi = 96);
     ~XvfbServer();
 
-    bool isRunning() const;
+    bool isRunning() const { return !m_display.isEmpty() && m_server.state() == QProcess::Running; }
     // The system environment with DISPLAY pointing here and the X platform chosen.
     QProcessEnvironment environment() const;
     // Runs an X tool such as xdotool against this server; returns its trimmed standard output.
