@@ -12,18 +12,16 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Collectors out of kind order, each with a field, a file link and both action links.
+// Collectors with a field, a file link and both action links.
 SupportDataTable makeTable()
 {
-    auto table = SupportDataTable::create();
-    for (const auto& [kind, name] :
-         QList<QPair<int, QString>>{{5, "System"}, {0, "Display"}, {3, "Permissions"}}) {
-        auto data = std::make_unique<RecordingData>(kind, name, nullptr);
-        appendField(data->fakeText, name + ':', kind);
-        data->fakeText += lineBreaks(1) + "Temp: " + actionLink("Clear", "clearTemp") + ' '
-                          + fileLink("/tmp/a&b") + ' ' + removeLink("deletePath/tmp/a&b");
+    const SupportDataTable table = RecordingData::table({0, 3, 5});
+    for (const auto& [kind, data] : *table) {
+        auto* recording = static_cast<RecordingData*>(data.get());
+        appendField(recording->fakeText, data->name() + ':', kind);
+        recording->fakeText += lineBreaks(1) + "Temp: " + actionLink("Clear", "clearTemp") + ' '
+                               + fileLink("/tmp/a&b") + ' ' + removeLink("deletePath/tmp/a&b");
         data->load();
-        table->emplace(kind, std::move(data));
     }
     return table;
 }
@@ -96,12 +94,9 @@ private slots:
         QFETCH(QList<QImage>, images);
         QFETCH(QSize, expected);
         TestEnvironment home;
-        auto table = SupportDataTable::create();
-        for (int i = 0; i < images.size(); ++i) {
-            auto data = std::make_unique<RecordingData>(i, u"Item"_s, nullptr);
-            data->fakeImage = images.at(i);
-            table->emplace(i, std::move(data));
-        }
+        const SupportDataTable table = RecordingData::table({0, 1, 2});
+        for (int i = 0; i < images.size(); ++i)
+            RecordingData::in(table, i)->fakeImage = images.at(i);
         const QString folder = saveReportTo(*table, home.home());
         QVERIFY(QFile::exists(folder + "/report.txt"));
         QCOMPARE(QFile::exists(folder + "/report.png"), !expected.isEmpty());

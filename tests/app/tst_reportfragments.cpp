@@ -10,24 +10,6 @@ class tst_ReportFragments : public QObject
     Q_OBJECT
 
 private slots:
-    void errorsHtml_data()
-    {
-        QTest::addColumn<QStringList>("errors");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("none") << QStringList() << "";
-        QTest::newRow("three") << QStringList{"a", "b", "c"} << "Errors:<br>1. a<br>2. b<br>3. c";
-        QTest::newRow("placeholders stay") << QStringList{"%1 and %2"} << "Errors:<br>1. %1 and %2";
-    }
-
-    void errorsHtml()
-    {
-        QFETCH(QStringList, errors);
-        QFETCH(QString, expected);
-        RecordingData data(0, u"Display"_s, nullptr);
-        data.fakeErrors = errors;
-        QCOMPARE(::errorsHtml(data), expected);
-    }
-
     // Every helper that builds text, called with its arguments, against the text it must give.
     void fragments_data()
     {
@@ -39,11 +21,21 @@ private slots:
             appendField(output, label, value, note, suffix);
             return output;
         };
+        const auto errors = [](const QStringList& list) {
+            RecordingData data(0);
+            data.fakeErrors = list;
+            return errorsHtml(data);
+        };
         const auto indented = [](const QString& label, const QVariant& value, int width) {
             QString output;
             appendIndented(output, label, value, width);
             return output;
         };
+        QTest::newRow("no errors") << errors({}) << "";
+        QTest::newRow("three errors")
+            << errors({"a", "b", "c"}) << "Errors:<br>1. a<br>2. b<br>3. c";
+        QTest::newRow("placeholders stay in errors")
+            << errors({"%1 and %2"}) << "Errors:<br>1. %1 and %2";
         QTest::newRow("no line breaks") << lineBreaks(-1) + lineBreaks(0) << "";
         QTest::newRow("two line breaks") << lineBreaks(2) << "<br><br>";
         QTest::newRow("field text") << field("OS:", "Linux") << "before|OS:                 Linux";
@@ -90,6 +82,19 @@ private slots:
             << QStringList{presenceText(true), presenceText(false), yesNo(true), yesNo(false)}.join(
                    '|')
             << "Present|Not Present|Yes|No";
+        // The plain report: tags and action links gone, other links keep their words.
+        QTest::newRow("plain: line breaks and remove link")
+            << htmlToPlainText("a<br>b " + removeLink("deletePath/x")) << "a\nb ";
+        QTest::newRow("plain: clear link")
+            << htmlToPlainText("Temp: " + actionLink("Clear", "clearTemp")) << "Temp: ";
+        QTest::newRow("plain: other link")
+            << htmlToPlainText(actionLink("Check", "check")) << "Check";
+        QTest::newRow("plain: upper-case break is a tag") << htmlToPlainText(u"a<BR>b"_s) << "ab";
+        QTest::newRow("plain: hostile path is shown as it is")
+            << htmlToPlainText(fileLink("/t/a&b<c>\"d\"'e'%20&amp;"))
+            << "/t/a&b<c>\"d\"'e'%20&amp;";
+        QTest::newRow("plain: remove word kept outside links")
+            << htmlToPlainText(u"Remove<br>Clear"_s) << "Remove\nClear";
     }
 
     void fragments()
@@ -97,28 +102,6 @@ private slots:
         QFETCH(QString, html);
         QFETCH(QString, expected);
         QCOMPARE(html, expected);
-    }
-
-    void plainText_data()
-    {
-        QTest::addColumn<QString>("html");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("line breaks and remove link")
-            << "a<br>b " + removeLink("deletePath/x") << "a\nb ";
-        QTest::newRow("clear link") << "Temp: " + actionLink("Clear", "clearTemp") << "Temp: ";
-        QTest::newRow("other link keeps its word") << actionLink("Check", "check") << "Check";
-        QTest::newRow("upper-case break is a tag") << u"a<BR>b"_s << "ab";
-        QTest::newRow("hostile path is shown as it is")
-            << fileLink("/t/a&b<c>\"d\"'e'%20&amp;") << "/t/a&b<c>\"d\"'e'%20&amp;";
-        QTest::newRow("remove word kept outside links") << u"Remove<br>Clear"_s << "Remove\nClear";
-    }
-
-    void plainText()
-    {
-        QFETCH(QString, html);
-        QFETCH(QString, expected);
-        QCOMPARE(htmlToPlainText(html), expected);
-        QCOMPARE(preformatted(html), "<pre>" + html + "</pre>");
     }
 };
 

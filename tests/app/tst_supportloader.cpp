@@ -11,6 +11,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+const QList<int> allKinds{0, 1, 3, 4, 5};
+
 QProgressDialog* progressDialog()
 {
     for (QWidget* widget : QApplication::topLevelWidgets()) {
@@ -18,18 +20,6 @@ QProgressDialog* progressDialog()
             return dialog;
     }
     return nullptr;
-}
-
-// Five collectors, deliberately out of kind order.
-SupportDataTable makeTable(RecordingData::Journal* journal, QList<int> mainThreadKinds = {})
-{
-    const QList<QPair<int, QString>> kinds{
-        {5, "System"}, {0, "Display"}, {4, "Corvanta"}, {1, "Fonts"}, {3, "Permissions"}};
-    auto table = SupportDataTable::create();
-    for (const auto& [kind, name] : kinds)
-        table->emplace(kind, std::make_unique<RecordingData>(kind, name, journal,
-                                                             mainThreadKinds.contains(kind)));
-    return table;
 }
 
 bool runToEnd(SupportLoader& loader)
@@ -66,7 +56,9 @@ private slots:
         QFETCH(QList<int>, mainThreadKinds);
         QFETCH(QStringList, expected);
         RecordingData::Journal journal;
-        const SupportDataTable table = makeTable(&journal, mainThreadKinds);
+        const SupportDataTable table = RecordingData::table(allKinds, &journal);
+        for (int kind : mainThreadKinds)
+            RecordingData::in(table, kind)->mainThreadWork = true;
         SupportLoader loader(table.toWeakRef());
         QVERIFY(runToEnd(loader));
         QCOMPARE(journal.snapshot(), expected);
@@ -75,15 +67,13 @@ private slots:
             QVERIFY(thread != QThread::currentThread());
             QCOMPARE(thread, journal.loadThreads.first());
         }
-        QCOMPARE(journal.mainThreadStepThreads.size(), mainThreadKinds.size());
-        for (QThread* thread : std::as_const(journal.mainThreadStepThreads))
-            QCOMPARE(thread, QThread::currentThread());
+        QCOMPARE(journal.mainThreadStepThreads,
+                 QList<QThread*>(mainThreadKinds.size(), QThread::currentThread()));
     }
 
     void dialogShowsEachCollectorInTurn()
     {
-        RecordingData::Journal journal;
-        const SupportDataTable table = makeTable(&journal);
+        const SupportDataTable table = RecordingData::table(allKinds);
         SupportLoader loader(table.toWeakRef());
         QStringList seen;
         QProgressDialog* dialog = nullptr;
@@ -130,7 +120,7 @@ private slots:
     void vanishedTableIsIgnored()
     {
         RecordingData::Journal journal;
-        SupportDataTable table = makeTable(&journal);
+        SupportDataTable table = RecordingData::table(allKinds, &journal);
         SupportLoader loader(table.toWeakRef());
         table.reset();
         QSignalSpy finished(&loader, &SupportLoader::signalFinished);

@@ -1,6 +1,7 @@
 #include "FileDirTools.h"
 #include "MessageLog.h"
 #include "RunAsNobody.h"
+#include "TempFileName.h"
 #include "TestEnvironment.h"
 
 #include <QDateTime>
@@ -8,10 +9,14 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QSet>
 #include <QTest>
 
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <mutex>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -19,12 +24,6 @@ namespace {
 
 const QString oddName = u"it's a \"quoted\" Grüße Ωmega.txt"_s;
 const QDateTime oldTime(QDate(2001, 2, 3), QTime(4, 5, 6), Qt::UTC);
-
-bool setModified(const QString& path, const QDateTime& time)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadWrite) && file.setFileTime(time, QFile::FileModificationTime);
-}
 
 QString openReason(const QString& path, bool stream, bool writing)
 {
@@ -63,13 +62,48 @@ private slots:
         }
     }
 
+    // 258 characters are tried, 259 refused.
     void recycleBinPathLimit()
     {
-        const auto native = [](int length) {
-            return "C:\\" + QString(length - 3, 'a');
-        };
-        QVERIFY(!exceedsRecycleBinPathLimit(native(258)));
-        QVERIFY(exceedsRecycleBinPathLimit(native(259)));
+        QVERIFY(!exceedsRecycleBinPathLimit("C:\\" + QString(255, 'a')));
+        QVERIFY(exceedsRecycleBinPathLimit("C:\\" + QString(256, 'a')));
+    }
+
+    void tempFileNames()
+    {
+        TempFileName first;
+        TempFileName second;
+        const QString a = first.uniqueTempFileName();
+        const QString b = second.uniqueTempFileName();
+        QCOMPARE(first.uniqueTempFileName(), a);
+        // In the tool's temporary folder, named by process and counter, not yet created.
+        const QString folder =
+            path(".local/share/" + QCoreApplication::applicationName() + "/temp");
+        QCOMPARE(tempFolder(), folder);
+        QVERIFY(QFileInfo(folder).isDir());
+        const QRegularExpression pattern(
+            u"^%1/%2_(\\d+)\\.tmp$"_s.arg(QRegularExpression::escape(folder),
+                                          QString::number(QCoreApplication::applicationPid())));
+        QVERIFY2(pattern.match(a).hasMatch(), qPrintable(a));
+        QCOMPARE(pattern.match(b).captured(1).toUInt(), pattern.match(a).captured(1).toUInt() + 1);
+        QVERIFY(!QFileInfo::exists(a));
+
+        // Holders on several threads at once never share a name.
+        std::mutex mutex;
+        QSet<QString> names;
+        std::vector<std::thread> threads;
+        for (int t = 0; t < 8; ++t) {
+            threads.emplace_back([&] {
+                QStringList own;
+                for (int i = 0; i < 200; ++i)
+                    own.append(TempFileName().uniqueTempFileName());
+                std::lock_guard lock(mutex);
+                names.unite(QSet<QString>(own.begin(), own.end()));
+            });
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+        QCOMPARE(names.size(), 8 * 200);
     }
 
     void permissionsText_data()
@@ -179,7 +213,10 @@ private slots:
         QFETCH(bool, keepTimes);
         const QString source = path(u"source "_s + QTest::currentDataTag());
         destination = destination.isEmpty() ? source : path(destination);
-        QVERIFY(putFile(source, "copy me") && setModified(source, oldTime));
+        QFile file(source);
+        QVERIFY(putFile(source, "copy me") && file.open(QIODevice::ReadWrite));
+        QVERIFY(file.setFileTime(oldTime, QFile::FileModificationTime));
+        file.close();
         QVERIFY(!existing || destination == source || putFile(destination, "old"));
         QString error;
         QVERIFY(::copyFile(source, destination, keepTimes && destination != source, &error));

@@ -18,6 +18,25 @@ QStringList RecordingData::Journal::snapshot()
     return events;
 }
 
+SupportDataTable RecordingData::table(const QList<int>& kinds, Journal* journal)
+{
+    auto table = SupportDataTable::create();
+    for (int kind : kinds)
+        table->emplace(kind, std::make_unique<RecordingData>(kind, journal));
+    return table;
+}
+
+RecordingData* RecordingData::in(const SupportDataTable& table, int kind)
+{
+    return static_cast<RecordingData*>(findSupportData(*table, kind));
+}
+
+QString RecordingData::name() const
+{
+    static const QStringList names{"Display", "Fonts", "Item", "Permissions", "Corvanta", "System"};
+    return names.value(m_kind, u"Item"_s);
+}
+
 void RecordingData::load()
 {
     if (m_journal) {

@@ -7,7 +7,7 @@
 #include <QThread>
 
 // A collector for tests: records where and in which order it was loaded, and carries whatever
-// errors and links the test gives it.
+// errors, text and links the test gives it. Named after its kind as the real collectors are.
 class RecordingData : public SupportData
 {
 public:
@@ -21,30 +21,30 @@ public:
         QStringList snapshot();
     };
 
-    RecordingData(int kind, const QString& name, Journal* journal, bool mainThreadWork = false)
+    explicit RecordingData(int kind, Journal* journal = nullptr)
         : m_kind(kind)
-        , m_name(name)
         , m_journal(journal)
-        , m_mainThreadWork(mainThreadWork)
     {}
+    // A table with one recording collector of each kind.
+    static SupportDataTable table(const QList<int>& kinds, Journal* journal = nullptr);
+    static RecordingData* in(const SupportDataTable& table, int kind);
 
     QStringList errors() const override { return fakeErrors; }
     QImage image() const override { return fakeImage; }
-    QString name() const override { return m_name; }
+    QString name() const override;
     int type() const override { return m_kind; }
     void handleLink(const QString& link) override { links << link; }
     void load() override;
     void loadOnMainThread() override;
-    bool needsMainThreadWork() const override { return m_mainThreadWork; }
+    bool needsMainThreadWork() const override { return mainThreadWork; }
 
     QStringList fakeErrors;
     QString fakeText;
     QImage fakeImage;
     QStringList links;
+    bool mainThreadWork = false;
 
 private:
     int m_kind;
-    QString m_name;
     Journal* m_journal;
-    bool m_mainThreadWork;
 };

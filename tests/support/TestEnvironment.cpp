@@ -36,21 +36,6 @@ TestEnvironment::~TestEnvironment()
     }
 }
 
-bool TestEnvironment::isValid() const
-{
-    return m_dir.isValid();
-}
-
-QString TestEnvironment::home() const
-{
-    return m_dir.path();
-}
-
-QString TestEnvironment::path(const QString& relative) const
-{
-    return m_dir.filePath(relative);
-}
-
 bool putFile(const QString& path, const QByteArray& bytes)
 {
     QDir().mkpath(QFileInfo(path).absolutePath());

@@ -11,9 +11,9 @@ public:
     TestEnvironment();
     ~TestEnvironment();
 
-    bool isValid() const;
-    QString home() const;
-    QString path(const QString& relative) const;
+    bool isValid() const { return m_dir.isValid(); }
+    QString home() const { return m_dir.path(); }
+    QString path(const QString& relative) const { return m_dir.filePath(relative); }
 
 private:
     QTemporaryDir m_dir;

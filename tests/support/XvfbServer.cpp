@@ -1,42 +1,34 @@
 #include "XvfbServer.h"
 
-#include <QElapsedTimer>
 #include <QFile>
 #include <QMap>
+#include <QTest>
 #include <QThread>
+
+using namespace Qt::StringLiterals;
 
 XvfbServer::XvfbServer(const QStringList& screenSizes, int dpi)
 {
     for (int number = 90; number < 190 && m_display.isEmpty(); ++number) {
-        if (QFile::exists(QStringLiteral("/tmp/.X%1-lock").arg(number))
-            || QFile::exists(QStringLiteral("/tmp/.X11-unix/X%1").arg(number)))
+        if (QFile::exists(u"/tmp/.X%1-lock"_s.arg(number))
+            || QFile::exists(u"/tmp/.X11-unix/X%1"_s.arg(number)))
             continue;
-        QStringList arguments{
-            QStringLiteral(":%1").arg(number), QStringLiteral("-nolisten"), QStringLiteral("tcp"),
-            QStringLiteral("-noreset"),        QStringLiteral("-dpi"),      QString::number(dpi)};
+        QStringList arguments{u":%1"_s.arg(number), u"-nolisten"_s, u"tcp"_s,
+                              u"-noreset"_s,        u"-dpi"_s,      QString::number(dpi)};
         for (int i = 0; i < screenSizes.size(); ++i)
-            arguments << QStringLiteral("-screen") << QString::number(i)
-                      << screenSizes.at(i) + QStringLiteral("x24");
+            arguments << u"-screen"_s << QString::number(i) << screenSizes.at(i) + u"x24"_s;
         m_server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_server.start(QStringLiteral("Xvfb"), arguments);
+        m_server.start(u"Xvfb"_s, arguments);
         if (!m_server.waitForStarted(5000))
             return;
         // Ready once a client can talk to it; gone at once when another server took the number.
-        const QString candidate = QStringLiteral(":%1").arg(number);
-        for (int wait = 0; wait < 100 && m_server.state() == QProcess::Running; ++wait) {
-            QProcess probe;
-            QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-            environment.insert(QStringLiteral("DISPLAY"), candidate);
-            probe.setProcessEnvironment(environment);
-            probe.start(QStringLiteral("xdotool"), {QStringLiteral("getdisplaygeometry")});
-            if (probe.waitForFinished(5000) && probe.exitStatus() == QProcess::NormalExit
-                && probe.exitCode() == 0) {
-                m_display = candidate;
-                break;
-            }
-            QThread::msleep(50);
-        }
-        if (m_display.isEmpty()) {
+        m_display = u":%1"_s.arg(number);
+        const auto answers = [&] {
+            return m_server.state() != QProcess::Running
+                   || !run(u"xdotool"_s, {u"getdisplaygeometry"_s}).isEmpty();
+        };
+        if (!QTest::qWaitFor(answers, 10000) || m_server.state() != QProcess::Running) {
+            m_display.clear();
             m_server.kill();
             m_server.waitForFinished(2000);
         }
@@ -45,98 +37,80 @@ XvfbServer::XvfbServer(const QStringList& screenSizes, int dpi)
 
 XvfbServer::~XvfbServer()
 {
+    m_program.terminate();
+    m_program.waitForFinished(10000);
     m_server.terminate();
     if (!m_server.waitForFinished(3000))
         m_server.kill();
     m_server.waitForFinished(3000);
 }
 
-bool XvfbServer::isRunning() const
+QProcessEnvironment XvfbServer::environment() const
 {
-    return !m_display.isEmpty() && m_server.state() == QProcess::Running;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"DISPLAY"_s, m_display);
+    environment.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
+    environment.remove(u"WAYLAND_DISPLAY"_s);
+    return environment;
 }
 
-QString XvfbServer::display() const
-{
-    return m_display;
-}
-
-QProcessEnvironment XvfbServer::environment(QProcessEnvironment base) const
-{
-    base.insert(QStringLiteral("DISPLAY"), m_display);
-    base.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
-    base.remove(QStringLiteral("WAYLAND_DISPLAY"));
-    return base;
-}
-
-QString XvfbServer::run(const QString& program, const QStringList& arguments, int* exitCode) const
+QString XvfbServer::run(const QString& program, const QStringList& arguments) const
 {
     QProcess process;
-    process.setProcessEnvironment(environment(QProcessEnvironment::systemEnvironment()));
+    process.setProcessEnvironment(environment());
     process.start(program, arguments);
     process.waitForFinished(15000);
-    if (exitCode)
-        *exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
 }
 
 QList<XvfbServer::Window> XvfbServer::visibleWindows(const QString& titlePattern) const
 {
     QList<Window> windows;
-    const QStringList ids =
-        run(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                                        QStringLiteral("--name"), titlePattern})
-            .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    for (const QString& id : ids) {
-        QMap<QString, int> values;
-        const QStringList lines =
-            run(QStringLiteral("xdotool"),
-                {QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), id})
-                .split(QLatin1Char('\n'));
-        for (const QString& line : lines) {
-            const int equals = line.indexOf(QLatin1Char('='));
-            if (equals > 0)
-                values.insert(line.left(equals), line.mid(equals + 1).toInt());
-        }
+    const QString ids =
+        run(u"xdotool"_s, {u"search"_s, u"--onlyvisible"_s, u"--name"_s, titlePattern});
+    for (const QString& id : ids.split('\n', Qt::SkipEmptyParts)) {
+        QMap<QString, int> values; // X=, Y=, WIDTH=, HEIGHT= lines
+        const QString shell = run(u"xdotool"_s, {u"getwindowgeometry"_s, u"--shell"_s, id});
+        for (const QString& line : shell.split('\n'))
+            values.insert(line.section('=', 0, 0), line.section('=', 1).toInt());
         windows.append(
-            {id,
-             QRect(values.value(QStringLiteral("X")), values.value(QStringLiteral("Y")),
-                   values.value(QStringLiteral("WIDTH")), values.value(QStringLiteral("HEIGHT")))});
+            {id, QRect(values[u"X"_s], values[u"Y"_s], values[u"WIDTH"_s], values[u"HEIGHT"_s])});
     }
     return windows;
 }
 
-QString XvfbServer::waitForWindow(const QString& titlePattern, const QSize& size, int timeout) const
+QString XvfbServer::startMainWindow()
 {
-    QElapsedTimer clock;
-    clock.start();
-    while (clock.elapsed() < timeout) {
-        const QList<Window> windows = visibleWindows(titlePattern);
-        for (const Window& window : windows) {
-            if (window.geometry.size() == size)
-                return window.id;
+    m_program.setProcessEnvironment(environment());
+    m_program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_program.start(QStringLiteral(CORVANTA_SUPPORT_BINARY), {});
+    QString id;
+    const auto shown = [&] {
+        for (const Window& window : visibleWindows(u"^Corvanta Support$"_s)) {
+            if (window.geometry.size() == QSize(960, 540))
+                id = window.id;
         }
-        QThread::msleep(20);
+        return !id.isEmpty();
+    };
+    if (QTest::qWaitFor(shown, 30000))
+        run(u"xdotool"_s, {u"windowfocus"_s, u"--sync"_s, id});
+    return id;
+}
+
+void XvfbServer::keys(const QStringList& names, const QString& menuWindow) const
+{
+    if (!menuWindow.isEmpty()) {
+        run(u"xdotool"_s,
+            {u"mousemove"_s, u"--window"_s, menuWindow, u"15"_s, u"10"_s, u"click"_s, u"1"_s});
+        QThread::msleep(300);
     }
-    return {};
-}
-
-QString XvfbServer::startMainWindow(QProcess& program) const
-{
-    program.setProcessEnvironment(environment(QProcessEnvironment::systemEnvironment()));
-    program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    program.start(QStringLiteral(CORVANTA_SUPPORT_BINARY), {});
-    const QString window = waitForWindow(QStringLiteral("^Corvanta Support$"), QSize(960, 540));
-    if (!window.isEmpty())
-        run(QStringLiteral("xdotool"),
-            {QStringLiteral("windowfocus"), QStringLiteral("--sync"), window});
-    return window;
-}
-
-void XvfbServer::keys(const QStringList& names) const
-{
     for (const QString& name : names) {
-        run(QStringLiteral("xdotool"), {QStringLiteral("key"), name});
+        run(u"xdotool"_s, {u"key"_s, name});
         QThread::msleep(100);
     }
+}
+
+QString XvfbServer::clipboard() const
+{
+    return run(u"xclip"_s, {u"-o"_s, u"-selection"_s, u"clipboard"_s});
 }

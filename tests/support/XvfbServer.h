@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QProcess>
-#include <QProcessEnvironment>
 #include <QRect>
 #include <QStringList>
 
@@ -14,13 +13,11 @@ public:
                         int dpi = 96);
     ~XvfbServer();
 
-    bool isRunning() const;
-    QString display() const;
-    // The given environment with DISPLAY pointing here and the X platform chosen.
-    QProcessEnvironment environment(QProcessEnvironment base) const;
+    bool isRunning() const { return !m_display.isEmpty() && m_server.state() == QProcess::Running; }
+    // The system environment with DISPLAY pointing here and the X platform chosen.
+    QProcessEnvironment environment() const;
     // Runs an X tool such as xdotool against this server; returns its trimmed standard output.
-    QString run(const QString& program, const QStringList& arguments,
-                int* exitCode = nullptr) const;
+    QString run(const QString& program, const QStringList& arguments) const;
 
     struct Window
     {
@@ -29,16 +26,16 @@ public:
     };
     // Visible top-level windows whose title matches the pattern, with their places on screen.
     QList<Window> visibleWindows(const QString& titlePattern) const;
-    // Waits up to the timeout for a visible window of that title and size; its id, or empty.
-    QString waitForWindow(const QString& titlePattern, const QSize& size,
-                          int timeout = 30000) const;
-    // Starts the program on this display and waits for its 960x540 main window, then focuses it.
-    // The window's id, or empty.
-    QString startMainWindow(QProcess& program) const;
-    // Presses keys one after another in the focused window.
-    void keys(const QStringList& names) const;
+    // Starts the program on this display, to be ended with the server, and waits for its 960x540
+    // main window, then focuses it. The window's id, or empty.
+    QString startMainWindow();
+    // Presses keys one after another in the focused window; with a window, in its File menu,
+    // opened by a click.
+    void keys(const QStringList& names, const QString& menuWindow = {}) const;
+    QString clipboard() const;
 
 private:
     QProcess m_server;
     QString m_display;
+    QProcess m_program;
 };

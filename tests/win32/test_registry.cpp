@@ -71,13 +71,10 @@ TEST_F(Associations, ListsOnlyKeysWhoseDefaultNamesTheProduct)
     EXPECT_FALSE(contains(listed, L".cvt4")) << "another product of the same vendor";
     EXPECT_FALSE(contains(listed, L".cvt5")) << "the prefix is case-sensitive";
     EXPECT_FALSE(contains(win32::productAssociations(L"Corvanta", true), L".cvt1")) << "machine";
-}
-
-TEST_F(Associations, ProductNameWithBlankMatchesProgIdsWithout)
-{
-    const auto listed = win32::productAssociations(L"Corvanta Viewer", false);
-    EXPECT_TRUE(contains(listed, L".cvt4"));
-    EXPECT_FALSE(contains(listed, L".cvt1"));
+    // A product name with a blank matches ProgIDs without the blank.
+    const auto viewer = win32::productAssociations(L"Corvanta Viewer", false);
+    EXPECT_TRUE(contains(viewer, L".cvt4"));
+    EXPECT_FALSE(contains(viewer, L".cvt1"));
 }
 
 TEST_F(Associations, RemovalDeletesOnlyTheDefaultValue)
