@@ -37,13 +37,6 @@ QStringList sorted(QStringList list)
     return list;
 }
 
-// Text blocks carry their own line ends; an empty one would leave only the label padding behind.
-void appendBlock(QString& output, const QString& block)
-{
-    if (!block.isEmpty())
-        appendField(output, block, QVariant());
-}
-
 } // namespace
 
 struct SupportSystemData::Private
@@ -231,9 +224,9 @@ void SupportSystemData::render()
     // The listing starts on its own line end, so no break goes between it and this value.
     appendField(text, QStringLiteral("WinInet:"),
                 f.winInetOk ? QStringLiteral("OK") : QStringLiteral("Error"));
-    appendBlock(text, f.fileSystems);
+    appendField(text, f.fileSystems, QVariant());
     d->benchmarkText.replace(QStringLiteral("\n"), QStringLiteral("<br>"));
-    appendBlock(text, d->benchmarkText);
+    appendField(text, d->benchmarkText, QVariant());
 }
 
 void SupportSystemData::externalIpFinished(QNetworkReply* reply)

@@ -83,8 +83,9 @@ QStringList physicalAdapterAddresses(const QString& output)
     QStringList addresses;
     const QList<AdapterRecord> records = adapterRecords(output);
     for (const AdapterRecord& record : records) {
-        qDebug() << "adapterType=" << record.adapterType << "description=" << record.description
-                 << "macAddress=" << record.macAddress;
+        qDebug().noquote() << "adapterType=" << record.adapterType
+                           << "description=" << record.description
+                           << "macAddress=" << record.macAddress;
         if (record.adapterType.startsWith(QLatin1String("Ethernet"), Qt::CaseInsensitive)
             && !record.description.contains(QLatin1String("Virtual Adapter"))
             && !isSpecialMacAddress(record.macAddress)

@@ -232,8 +232,11 @@ bool FileHandle::readText(QString& text, qint64 length, qint64 chunk)
         const qint64 appended = qstrnlen(buffer.constData(), size_t(count));
         appendUtf8(text, buffer.constData(), appended);
         remaining -= count;
-        if (appended < count)
-            return seek(appended - count + 1, true);
+        if (appended < count) {
+            // A failed seek logs its own reason; the text read so far stands.
+            seek(appended - count + 1, true);
+            return true;
+        }
     }
     return true;
 }

@@ -12,6 +12,9 @@ MachineNames machineNames()
     if (GetComputerNameW(buffer, &size))
         names.computerName.assign(buffer, size);
     // The size is deliberately not reset: only a user name shorter than the computer name fits.
+    // A failed first call leaves the size it wanted, which must not exceed the buffer.
+    if (size > 16)
+        size = 16;
     if (GetUserNameW(buffer, &size))
         names.userName = buffer;
     return names;
