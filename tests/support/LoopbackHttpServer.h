@@ -1,50 +1,35 @@
 #pragma once
 
-#include <QByteArray>
+#include <QByteArrayList>
 #include <QHash>
-#include <QList>
-#include <QObject>
+#include <QTcpServer>
 #include <QTemporaryDir>
 #include <QUrl>
 
-class QTcpServer;
-class QTcpSocket;
+#include <memory>
 
-// A small HTTP/1.1 server on 127.0.0.1 for tests. It answers each request from a table of canned
-// answers by path and records what it was asked. A request naming a whole URL (as clients send to
-// a proxy) is answered by that URL's path, so the same server serves as a forward proxy. With TLS
-// it presents a self-signed certificate that it makes with openssl.
-class LoopbackHttpServer : public QObject
+// A small HTTP/1.1 server on 127.0.0.1 for tests. It answers each request by its path from canned
+// answers and stays silent for a path without one. A request naming a whole URL, as clients send
+// it to a proxy, is answered by that URL's path, so the server is a forward proxy as well. With
+// TLS it presents a self-signed certificate that it makes with openssl.
+class LoopbackHttpServer
 {
-    Q_OBJECT
-
 public:
-    struct Request
-    {
-        QByteArray target;                     // as on the request line
-        QHash<QByteArray, QByteArray> headers; // names in lower case
-    };
-
     explicit LoopbackHttpServer(bool tls = false);
-    ~LoopbackHttpServer() override;
 
-    bool isListening() const;
     QUrl url(const QString& path) const;
-    // Extra header lines end with "\r\n". A path without an answer gets none: the server stays
-    // silent on that connection.
+    // Header lines end with "\r\n".
     void answer(const QString& path, int status, const QByteArray& body = {},
                 const QByteArray& headers = {});
-    QList<Request> requests() const { return m_requests; }
-    int openConnections() const { return m_buffers.size(); }
+
+    // Each request's path (after the host when proxied) and its Authorization header, if any.
+    QByteArrayList requests;
+    int openConnections = 0;
 
 private:
-    void acceptConnections();
-    void serve(QTcpSocket* socket);
+    void serve(QTcpSocket* socket, QByteArrayList& lines);
 
-    bool m_tls;
     QTemporaryDir m_dir;
-    QTcpServer* m_server = nullptr;
+    std::unique_ptr<QTcpServer> m_server;
     QHash<QString, QByteArray> m_answers;
-    QList<Request> m_requests;
-    QHash<QTcpSocket*, QByteArray> m_buffers;
 };
