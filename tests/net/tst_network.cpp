@@ -1,0 +1,292 @@
+#include "BaseApplication.h"
+#include "BaseSettings.h"
+#include "Downloader.h"
+#include "FileDirTools.h"
+#include "LoopbackHttpServer.h"
+#include "NetworkTools.h"
+#include "TestEnvironment.h"
+
+#include <QAbstractButton>
+#include <QAuthenticator>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QMessageBox>
+#include <QNetworkAccessManager>
+#include <QNetworkProxy>
+#include <QNetworkRequest>
+#include <QPointer>
+#include <QRandomGenerator>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTest>
+#include <QTimer>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Notes each hop that goes through the virtual request path, among the test's other events.
+class HopCounter : public NetworkTransfer
+{
+public:
+    QStringList events;
+    void startRequest(const QNetworkRequest& request) override
+    {
+        events << u"hop"_s;
+        NetworkTransfer::startRequest(request);
+    }
+};
+
+} // namespace
+
+// The application object is the test's own, so that the last case can shut it down.
+class tst_Network : public QObject
+{
+    Q_OBJECT
+
+    // Before the first QSettings, which fixes its folders for the whole process.
+    TestEnvironment m_environment;
+    int m_argc = 1;
+    char m_name[12] = "tst_network";
+    char* m_argv[2] = {m_name, nullptr};
+    std::unique_ptr<BaseApplication> m_application;
+    QHash<QString, QByteArray> m_bodies;
+
+private slots:
+    void initTestCase()
+    {
+        qRegisterMetaType<QAuthenticator*>();
+        m_application =
+            std::make_unique<BaseApplication>(u"Corvanta"_s, u"1.0.5"_s, m_argc, m_argv);
+        QByteArray large(9 << 20, Qt::Uninitialized); // over two 4 MiB chunks
+        QRandomGenerator::global()->fillRange(reinterpret_cast<quint32*>(large.data()),
+                                              large.size() / 4);
+        m_bodies = {{"/small", QByteArray("a\r\n\0\xff", 5)}, {"/large", large}, {"/empty", {}}};
+    }
+
+    // The system's proxy is a closed port that loopback addresses bypass, unless a case says else.
+    void init()
+    {
+        qputenv("http_proxy", "http://127.0.0.1:9");
+        qputenv("no_proxy", "localhost,127.0.0.1");
+    }
+
+    void cleanup()
+    {
+        QDir(m_environment.path(u".config"_s)).removeRecursively();
+        QDir(tempFolder()).removeRecursively();
+    }
+
+    void errorText_data()
+    {
+        QTest::addColumn<QString>("row");
+        const QStringList rows =
+            u"0 NoError|1 Connection Refused|2 Remote Host Closed|3 Host Not Found|4 Timeout|"
+            "5 Operation Canceled|6 SSL Handshake Failed|7 Temporary Network Failure|"
+            "8 Unknown Error|99 Unknown Network Error|101 Proxy Connection Refused|"
+            "102 Proxy Connection Closed|103 Proxy Not Found|104 Proxy Timeout|"
+            "105 Proxy Authentication Required|199 Unknown Proxy Error|201 Content Access Denied|"
+            "202 Content Operation Not Permitted|203 Content Not Found|"
+            "204 Authentication Required|205 Content ReSend Error|206 Unknown Error|"
+            "299 Unknown Content Error|301 Protocol Unknown|302 Protocol Invalid Operation|"
+            "399 Protocol Failure|499 Unknown Error"_s.split(u'|');
+        for (const QString& row : rows)
+            QTest::newRow(qPrintable(row)) << row;
+    }
+
+    void errorText()
+    {
+        QFETCH(QString, row);
+        const QString code = row.section(u' ', 0, 0);
+        QCOMPARE(NetworkTools::errorText(QNetworkReply::NetworkError(code.toInt())),
+                 u"Error Code: %1 (%2)"_s.arg(code, row.section(u' ', 1)));
+    }
+
+    void transfer_data()
+    {
+        QTest::addColumn<bool>("tls");
+        QTest::addColumn<QString>("path"); // empty: a closed port; a whole URL: through the proxy
+        QTest::addColumn<bool>("quiet");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QByteArrayList>("requests");
+        QTest::addColumn<QStringList>("events"); // hops, authentication asked, boxes shown
+        auto row = [](const char* name, bool tls, const char* path, bool quiet, int code,
+                      const QByteArrayList& requests, const QStringList& events = {}) {
+            QTest::newRow(name) << tls << QString::fromLatin1(path) << quiet << code << requests
+                                << events;
+        };
+        const QString box = u"box Error Encountered|Transfer failed, please try again later.\n"_s;
+        row("small", false, "/small", true, 0, {"/small"});
+        row("9 MiB", false, "/large", true, 0, {"/large"});
+        row("empty", false, "/empty", true, 0, {"/empty"});
+        row("self-signed", true, "/large", true, 0, {"/large"});
+        row("two redirects", false, "/first", true, 0, {"/first", "/second", "/small"},
+            {"hop", "hop"});
+        row("refused, quiet", false, "", true, 1, {});
+        row("refused", false, "", false, 1, {}, {box + "Error Code: 1 (Connection Refused)"});
+        row("not found", false, "/missing", false, 203, {"/missing"},
+            {box + "Error Code: 203 (Content Not Found)"});
+        // The stored pair goes out once; refused, it is offered to the signal, not sent again.
+        row("credentials refused", false, "/secret", true, 204,
+            {"/secret", "/secret Basic dXNlcjpwYXNz"}, {"asked reply user:pass"});
+        row("proxy wants credentials", false, "http://127.0.0.2/proxy", true, 105,
+            {"127.0.0.2/proxy"}, {"asked none :"});
+        row("cancelled", false, "/silent", false, 5, {"/silent"});
+    }
+
+    void transfer()
+    {
+        QFETCH(bool, tls);
+        QFETCH(QString, path);
+        QFETCH(bool, quiet);
+        QFETCH(int, code);
+        QFETCH(QByteArrayList, requests);
+        QFETCH(QStringList, events);
+        LoopbackHttpServer server(tls);
+        for (auto body = m_bodies.cbegin(); body != m_bodies.cend(); ++body)
+            server.answer(body.key(), 200, body.value());
+        server.answer(u"/first"_s, 302, "moved",
+                      "Location: " + server.url(u"/second"_s).toEncoded() + "\r\n");
+        server.answer(u"/second"_s, 307, {},
+                      "Location: " + server.url(u"/small"_s).toEncoded() + "\r\n");
+        server.answer(u"/missing"_s, 404, "none");
+        server.answer(u"/secret"_s, 401, {}, "WWW-Authenticate: Basic realm=\"test\"\r\n");
+        server.answer(u"/proxy"_s, 407, {}, "Proxy-Authenticate: Basic realm=\"proxy\"\r\n");
+        QUrl url = server.url(path);
+        if (path.startsWith("http"_L1)) {
+            qputenv("http_proxy", server.url({}).toEncoded());
+            url = QUrl(path);
+        } else if (path.isEmpty()) {
+            QTcpServer closed;
+            QVERIFY(closed.listen(QHostAddress::LocalHost));
+            url = QUrl(u"http://127.0.0.1:%1/small"_s.arg(closed.serverPort()));
+        }
+        HopCounter transfer;
+        // Answers each message box as a user would.
+        QTimer answerer;
+        connect(&answerer, &QTimer::timeout, this, [&transfer] {
+            for (QWidget* widget : QApplication::topLevelWidgets()) {
+                auto* box = qobject_cast<QMessageBox*>(widget);
+                if (box && box->isVisible() && box->button(QMessageBox::Ok)) {
+                    transfer.events << u"box "_s + box->windowTitle() + u'|' + box->text();
+                    box->button(QMessageBox::Ok)->click();
+                }
+            }
+        });
+        answerer.start(20);
+        connect(NetworkTools::instance(), &NetworkTools::signalAuthenticationRequired, &transfer,
+                [&transfer](QNetworkReply* reply, QAuthenticator*, QString user, QString password) {
+                    transfer.events
+                        << u"asked %1 %2:%3"_s.arg(reply ? "reply" : "none", user, password);
+                });
+        QSignalSpy complete(&transfer, &NetworkTransfer::signalComplete);
+        QSignalSpy progress(&transfer, &NetworkTransfer::signalProgress);
+        transfer.start(url, u"user"_s, u"pass"_s, quiet);
+        if (code == QNetworkReply::OperationCanceledError) {
+            QTRY_COMPARE(server.requests.size(), 1);
+            transfer.slotCancel();
+            transfer.slotCancel();
+            QTRY_COMPARE(server.openConnections, 0);
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(!complete.isEmpty(), 30000);
+
+        QCOMPARE(server.requests, requests);
+        QCOMPARE(transfer.events, events);
+        QCOMPARE(complete.size(), 1);
+        QCOMPARE(complete[0][0].toBool(), code == 0);
+        QCOMPARE(complete[0][1].value<QNetworkReply::NetworkError>(),
+                 QNetworkReply::NetworkError(code));
+        const QString file = transfer.takeFileName();
+        QVERIFY(transfer.takeFileName() != file);
+        if (code == 0) {
+            const QByteArray body = m_bodies.value(QString::fromLatin1(requests.last()));
+            QCOMPARE(fileBytes(file), body);
+            QCOMPARE(progress.last()[0].toLongLong(), body.size());
+        }
+    }
+
+    void proxyChoice_data()
+    {
+        QTest::addColumn<QVariant>("useSystem"); // invalid: the setting is absent
+        QTest::addColumn<bool>("earlierIsTest"); // else the manager's proxy is a closed port
+        QTest::addColumn<bool>("systemIsTest");  // else http_proxy is a closed port
+        QTest::addColumn<QString>("host");
+        QTest::newRow("false keeps the earlier proxy")
+            << QVariant(false) << true << false << "127.0.0.2";
+        QTest::newRow("true takes the system's") << QVariant(true) << false << true << "127.0.0.2";
+        QTest::newRow("absent takes the system's") << QVariant() << false << true << "127.0.0.2";
+        QTest::newRow("system's no_proxy") << QVariant(true) << false << true << "127.0.0.1";
+    }
+
+    void proxyChoice()
+    {
+        QFETCH(QVariant, useSystem);
+        QFETCH(bool, earlierIsTest);
+        QFETCH(bool, systemIsTest);
+        QFETCH(QString, host);
+        LoopbackHttpServer server;
+        server.answer(u"/small"_s, 200, "page");
+        if (useSystem.isValid())
+            BaseSettings().setValue(u"useSystemProxyConfiguration"_s, useSystem);
+        const QUrl proxy = server.url({});
+        NetworkTools::networkAccessManager()->setProxy(QNetworkProxy(
+            QNetworkProxy::HttpProxy, u"127.0.0.1"_s, earlierIsTest ? proxy.port() : 9));
+        if (systemIsTest)
+            qputenv("http_proxy", proxy.toEncoded());
+        QUrl url = server.url(u"/small"_s);
+        url.setHost(host);
+        QCOMPARE(::download(url, true, 20), "page");
+        // A proxy is asked for the whole URL, the server itself for the path.
+        QCOMPARE(server.requests,
+                 QByteArrayList{(host == "127.0.0.1"_L1 ? QString() : host).toLatin1() + "/small"});
+    }
+
+    void download_data()
+    {
+        QTest::addColumn<QString>("path"); // "/silent" gets no answer
+        QTest::addColumn<QString>("destination");
+        QTest::newRow("body") << "/small" << QString();
+        QTest::newRow("moved to the destination") << "/small" << m_environment.path(u"saved"_s);
+        QTest::newRow("silent server") << "/silent" << QString();
+        QTest::newRow("empty path") << QString() << QString();
+    }
+
+    void download()
+    {
+        QFETCH(QString, path);
+        QFETCH(QString, destination);
+        LoopbackHttpServer server;
+        server.answer(u"/small"_s, 200, m_bodies["/small"]);
+        const bool silent = path == "/silent"_L1;
+        QElapsedTimer elapsed;
+        elapsed.start();
+        const QByteArray result = ::download(server.url(path), destination, true, silent ? 1 : 30);
+
+        // Only the silent server holds the call until its limit.
+        QVERIFY(silent ? elapsed.elapsed() >= 900 : elapsed.elapsed() < 15000);
+        QCOMPARE(server.requests.size(), path.isEmpty() ? 0 : 1);
+        const QByteArray body = path == "/small"_L1 ? m_bodies["/small"] : QByteArray();
+        QCOMPARE(result, destination.isEmpty() ? body : QByteArray());
+        if (!destination.isEmpty())
+            QCOMPARE(fileBytes(destination), body);
+        QCOMPARE(QDir(tempFolder()).entryList(QDir::Files), QStringList());
+    }
+
+    // Last: takes the application, and with it the service, away.
+    void shutdownDeletesTheService()
+    {
+        const QPointer<QNetworkAccessManager> manager = NetworkTools::networkAccessManager();
+        QCOMPARE(manager->parent(), NetworkTools::instance());
+        m_application.reset();
+        QVERIFY(manager.isNull());
+        QCOMPARE(NetworkTools::instance(), nullptr);
+        // A transfer started now ends at once instead of waiting for ever.
+        NetworkTransfer transfer;
+        QSignalSpy complete(&transfer, &NetworkTransfer::signalComplete);
+        transfer.start(QUrl(u"http://127.0.0.1:9/small"_s), {}, {}, true);
+        QCOMPARE(complete.size(), 1);
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_Network)
+#include "tst_network.moc"
