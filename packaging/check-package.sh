@@ -67,6 +67,9 @@ for page in "$root"/usr/share/man/man1/*.1.gz; do
     gzip -t "$page" || fail "$page is not gzip"
 done
 
+answer=$(LANG=C "$root/usr/bin/corvanta-support-report" --version)
+[ "$answer" = "corvanta-support-report $version" ] || fail "--version says \"$answer\""
+
 # The packaged report program, in a home of its own; it may not reach the internet (the test's
 # proxy settings see to that), so its external address stays empty.
 mkdir -p "$work/home"
