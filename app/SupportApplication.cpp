@@ -4,6 +4,8 @@
 #include "SupportMainWindow.h"
 #include "SupportTabs.h"
 
+#include <QDir>
+#include <QIcon>
 #include <QPointer>
 #include <QTimer>
 
@@ -15,7 +17,15 @@ struct SupportApplication::Private
 SupportApplication::SupportApplication(int& argc, char** argv)
     : BaseApplication(QStringLiteral("Corvanta"), QStringLiteral("1.0.5"), argc, argv)
     , d(std::make_unique<Private>())
-{}
+{
+    // The desktop entry's name lets Wayland compositors find the entry and its icon.
+    setDesktopFileName(QStringLiteral("com.kelvanmoor.CorvantaSupport"));
+    QIcon icon;
+    const QDir pictures(QStringLiteral(":/icons"));
+    for (const QString& picture : pictures.entryList(QDir::Files))
+        icon.addFile(pictures.filePath(picture));
+    setWindowIcon(icon);
+}
 
 SupportApplication::~SupportApplication()
 {

@@ -1,3 +1,4 @@
+#include "ReportCommandLine.h"
 #include "ReportExport.h"
 #include "SupportApplication.h"
 #include "SupportRegistry.h"
@@ -24,12 +25,9 @@ int main(int argc, char** argv)
     QByteArray report;
     {
         SupportApplication application(argc, argv);
-        if (QCoreApplication::arguments().size() > 1) {
-            std::fprintf(stderr,
-                         "corvanta-support-report: unknown argument \"%s\"; it takes none\n",
-                         qPrintable(QCoreApplication::arguments().at(1)));
-            return 2;
-        }
+        const ReportCommandLine commandLine(QCoreApplication::arguments());
+        if (!commandLine.runsReport())
+            return commandLine.answer();
         const SupportDataTable table = createSupportDataTable();
         loadAllSupportData(*table);
         report = reportText(*table).toUtf8();
