@@ -143,9 +143,6 @@ private slots:
         QTest::newRow("German help")
             << u"de_DE.UTF-8"_s << QStringList{u"--help"_s}
             << QStringList{u"Diese Hilfe anzeigen und beenden."_s, u"\nExit-Status:\n"_s};
-        QTest::newRow("C help") << u"C"_s << QStringList{u"--help"_s}
-                                << QStringList{u"Show this help and exit."_s,
-                                               u"\nExit status:\n"_s};
         // Support reads every report by its labels, whatever the user's language.
         QTest::newRow("German report")
             << u"de_DE.UTF-8"_s << QStringList()
