@@ -3,9 +3,12 @@
 #include "SystemErrorText.h"
 
 #include <QDebug>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QMutex>
 #include <QMutexLocker>
 #include <QPointer>
+#include <QTranslator>
 
 struct BaseApplication::Private
 {
@@ -91,4 +94,21 @@ void BaseApplication::slotTryQuitting()
 void BaseApplication::tryQuitting()
 {
     QCoreApplication::quit();
+}
+
+void BaseApplication::installTranslations(const QString& catalogue)
+{
+    auto* own = new QTranslator(this);
+    if (!own->load(QLocale(), catalogue, QStringLiteral("_"), QStringLiteral(":/i18n"))) {
+        delete own;
+        return;
+    }
+    installTranslator(own);
+    // Qt's dialogs and buttons follow in the same language, so no dialog mixes two.
+    auto* qt = new QTranslator(this);
+    if (qt->load(QLocale(own->language()), QStringLiteral("qtbase"), QStringLiteral("_"),
+                 QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        installTranslator(qt);
+    else
+        delete qt;
 }

@@ -37,6 +37,9 @@ public slots:
 
 protected:
     virtual void tryQuitting();
+    // Installs the translation for the user's language from ":/i18n/<catalogue>_<language>.qm",
+    // then Qt's own for that language. Without one of its own the program stays in English.
+    void installTranslations(const QString& catalogue);
 
 private:
     struct Private;

@@ -4,6 +4,7 @@
 #include "ReportDocument.h"
 
 #include <QClipboard>
+#include <QCoreApplication>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileDialog>
@@ -78,7 +79,7 @@ QString reportFolderName(const QDateTime& now)
 void saveReport(const SupportDataMap& table)
 {
     const QString parent = QFileDialog::getExistingDirectory(
-        nullptr, QStringLiteral("Select Folder"), desktopFolder(),
+        nullptr, QCoreApplication::translate("ReportExport", "Select Folder"), desktopFolder(),
         QFileDialog::ShowDirsOnly | QFileDialog::DontResolveSymlinks);
     if (parent.isEmpty())
         return;
@@ -116,9 +117,11 @@ void emailReport(const SupportDataMap& table)
     if (QDesktopServices::openUrl(QUrl(emailUrl(reportText(table)), QUrl::TolerantMode)))
         return;
     QMessageBox box;
-    box.setText(QStringLiteral("Your email program failed to open.<br><br>Please use File > Save "
-                               "Report and attach the files in an email to ")
-                + supportEmailAddress());
+    box.setText(QCoreApplication::translate("ReportExport",
+                                            "Your email program failed to open.<br><br>Please use "
+                                            "File > Save Report and attach the files in an email "
+                                            "to %1")
+                    .arg(supportEmailAddress()));
     box.setStyleSheet(QStringLiteral("QLabel{min-width: 550;}"));
     box.exec();
 }

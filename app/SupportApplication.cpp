@@ -18,6 +18,7 @@ SupportApplication::SupportApplication(int& argc, char** argv)
     : BaseApplication(QStringLiteral("Corvanta"), QStringLiteral("1.0.5"), argc, argv)
     , d(std::make_unique<Private>())
 {
+    installTranslations(QStringLiteral("corvanta-support"));
     // The desktop entry's name lets Wayland compositors find the entry and its icon.
     setDesktopFileName(QStringLiteral("com.kelvanmoor.CorvantaSupport"));
     QIcon icon;

@@ -87,8 +87,7 @@ void SupportLoader::slotStartNextWorkerItem()
         const int kind = d->queue.takeFirst();
         const SupportData* data = findSupportData(*table, kind);
         if (d->dialog) {
-            d->dialog->setLabelText(
-                QStringLiteral("Loading %1 data...").arg(data ? data->name() : QString()));
+            d->dialog->setLabelText(tr("Loading %1 data...").arg(data ? data->name() : QString()));
             d->dialog->setValue(d->dialog->maximum() - remaining);
         }
         emit signalStartWorkerItem(kind);

@@ -37,15 +37,14 @@ SupportMainWindow::SupportMainWindow(SupportTabs* tabs)
 {
     setWindowTitle(toolName);
 
-    QMenu* file = menuBar()->addMenu(QStringLiteral("File"));
-    addEntry(file, QStringLiteral("Save Report..."), this, &SupportMainWindow::signalSaveReport);
-    addEntry(file, QStringLiteral("Email Report..."), this, &SupportMainWindow::signalEmailReport);
-    addEntry(file, QStringLiteral("Quit"), qApp, &QCoreApplication::quit);
-    QMenu* edit = menuBar()->addMenu(QStringLiteral("Edit"));
-    addEntry(edit, QStringLiteral("Copy Report"), this, &SupportMainWindow::signalCopyReport);
-    QMenu* help = menuBar()->addMenu(QStringLiteral("Help"));
-    addEntry(help, QStringLiteral("About %1").arg(toolName), this,
-             &SupportMainWindow::slotShowAbout);
+    QMenu* file = menuBar()->addMenu(tr("File"));
+    addEntry(file, tr("Save Report..."), this, &SupportMainWindow::signalSaveReport);
+    addEntry(file, tr("Email Report..."), this, &SupportMainWindow::signalEmailReport);
+    addEntry(file, tr("Quit"), qApp, &QCoreApplication::quit);
+    QMenu* edit = menuBar()->addMenu(tr("Edit"));
+    addEntry(edit, tr("Copy Report"), this, &SupportMainWindow::signalCopyReport);
+    QMenu* help = menuBar()->addMenu(tr("Help"));
+    addEntry(help, tr("About %1").arg(toolName), this, &SupportMainWindow::slotShowAbout);
 
     setAttribute(Qt::WA_DeleteOnClose);
     d->tabs = tabs ? tabs : new SupportTabs;

@@ -66,18 +66,21 @@ bool plainCopy(const QString& source, const QString& destination, QString* error
 {
     const int input = openChecked(source, OpenReadOnly);
     if (input < 0) {
-        setError(errorText, tr("Could not open input file."));
+        setError(errorText,
+                 QCoreApplication::translate("FileDirTools", "Could not open input file."));
         return false;
     }
     if (!createEmptyFile(destination)) {
         FileDirPlatform::close(input);
-        setError(errorText, tr("Could not create empty file."));
+        setError(errorText,
+                 QCoreApplication::translate("FileDirTools", "Could not create empty file."));
         return false;
     }
     const int output = openChecked(destination, OpenWriteOnly);
     if (output < 0) {
         FileDirPlatform::close(input);
-        setError(errorText, tr("Could not open output file."));
+        setError(errorText,
+                 QCoreApplication::translate("FileDirTools", "Could not open output file."));
         return false;
     }
     QByteArray buffer(copyChunk, Qt::Uninitialized);
@@ -225,7 +228,7 @@ bool moveFile(const QString& source, const QString& destination, QString* errorT
             << QStringLiteral("Failed to MoveFileEx \"%1\" to \"%2\"").arg(source, destination);
         QThread::msleep(retryDelayMs);
     }
-    setError(errorText, tr("Could not rename file."));
+    setError(errorText, QCoreApplication::translate("FileDirTools", "Could not rename file."));
     if (!copyFile(source, destination))
         return false;
     if (!QDir().remove(source))

@@ -6,6 +6,16 @@ set(CORVANTA_APP_ID com.kelvanmoor.CorvantaSupport)
 set(CORVANTA_ICON_SVG "${CMAKE_CURRENT_SOURCE_DIR}/resources/${CORVANTA_APP_ID}.svg")
 set(CORVANTA_ICON_SIZES 16 24 32 48 64 128 256)
 
+# Compresses a file for installing, with no time stamp in the gzip header.
+function(corvanta_gzip source output)
+    get_filename_component(folder "${output}" DIRECTORY)
+    add_custom_command(OUTPUT "${output}"
+        COMMAND ${CMAKE_COMMAND} -E make_directory "${folder}"
+        COMMAND sh -c "gzip -9 -n -c \"$0\" > \"$1\"" "${source}" "${output}"
+        DEPENDS "${source}"
+        VERBATIM)
+endfunction()
+
 # The window icon is drawn from the SVG at build time, so the program needs no SVG plugin at run
 # time; the pictures go into the resources under ":/icons/".
 find_program(CORVANTA_RSVG_CONVERT rsvg-convert REQUIRED)
@@ -37,16 +47,10 @@ if(NOT WIN32)
                 DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/${size}x${size}/apps)
     endforeach()
 
-    # Manual pages are installed compressed, without a time stamp in the gzip header.
     set(manual_pages)
     foreach(program corvanta-support corvanta-support-report)
         set(page "${CMAKE_CURRENT_BINARY_DIR}/man/${program}.1.gz")
-        add_custom_command(OUTPUT "${page}"
-            COMMAND ${CMAKE_COMMAND} -E make_directory "${CMAKE_CURRENT_BINARY_DIR}/man"
-            COMMAND sh -c "gzip -9 -n -c \"$0\" > \"$1\""
-                    "${CMAKE_CURRENT_SOURCE_DIR}/packaging/${program}.1" "${page}"
-            DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/packaging/${program}.1"
-            VERBATIM)
+        corvanta_gzip("${CMAKE_CURRENT_SOURCE_DIR}/packaging/${program}.1" "${page}")
         list(APPEND manual_pages "${page}")
     endforeach()
     add_custom_target(corvanta_manual_pages ALL DEPENDS ${manual_pages})

@@ -10,12 +10,7 @@ set(CORVANTA_PACKAGE_DOCDIR ${CMAKE_INSTALL_DATADIR}/doc/${CORVANTA_PACKAGE_NAME
 # Debian wants the copyright file and the changelog beside every package's files.
 install(FILES packaging/copyright DESTINATION ${CORVANTA_PACKAGE_DOCDIR})
 set(changelog "${CMAKE_CURRENT_BINARY_DIR}/packaging/changelog.gz")
-add_custom_command(OUTPUT "${changelog}"
-    COMMAND ${CMAKE_COMMAND} -E make_directory "${CMAKE_CURRENT_BINARY_DIR}/packaging"
-    COMMAND sh -c "gzip -9 -n -c \"$0\" > \"$1\""
-            "${CMAKE_CURRENT_SOURCE_DIR}/packaging/changelog" "${changelog}"
-    DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/packaging/changelog"
-    VERBATIM)
+corvanta_gzip("${CMAKE_CURRENT_SOURCE_DIR}/packaging/changelog" "${changelog}")
 add_custom_target(corvanta_changelog ALL DEPENDS "${changelog}")
 install(FILES "${changelog}" DESTINATION ${CORVANTA_PACKAGE_DOCDIR})
 

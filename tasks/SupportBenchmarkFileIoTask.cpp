@@ -74,7 +74,7 @@ bool SupportBenchmarkFileIoTask::Private::begin(int phase, const char* progressT
     if (cancelled())
         return false;
     operation = phase;
-    label = QString::fromLatin1(progressText).arg(repetitions);
+    label = SupportBenchmarkFileIoTask::tr(progressText).arg(repetitions);
     q->runner()->progress(int(step), 0, progressMaximum, label);
     // Without a temporary folder the phase folders would land at the root; leave them unmade so
     // every action fails instead.
@@ -148,7 +148,7 @@ void SupportBenchmarkFileIoTask::run()
 {
     d->step = 0;
 
-    if (d->begin(Create, "Creating %1 files...", "/create")) {
+    if (d->begin(Create, QT_TR_NOOP("Creating %1 files..."), "/create")) {
         d->measure([this](int i) {
             return [path = d->file(i)] {
                 return createEmptyFile(path);
@@ -156,7 +156,7 @@ void SupportBenchmarkFileIoTask::run()
         });
     }
 
-    if (d->begin(Delete, "Deleting %1 files...", "/delete") && d->createFiles()) {
+    if (d->begin(Delete, QT_TR_NOOP("Deleting %1 files..."), "/delete") && d->createFiles()) {
         d->measure([this](int i) {
             return [path = d->file(i)] {
                 return removeFile(path);
@@ -164,7 +164,7 @@ void SupportBenchmarkFileIoTask::run()
         });
     }
 
-    if (d->begin(Move, "Moving %1 files...", "/move") && d->createFiles()) {
+    if (d->begin(Move, QT_TR_NOOP("Moving %1 files..."), "/move") && d->createFiles()) {
         d->measure([this](int i) {
             return [source = d->file(i), target = d->file(i) + QStringLiteral("_moved")] {
                 return moveFile(source, target);
@@ -172,7 +172,7 @@ void SupportBenchmarkFileIoTask::run()
         });
     }
 
-    if (d->begin(Copy, "Copying %1 files...", "/copy") && d->createFiles()) {
+    if (d->begin(Copy, QT_TR_NOOP("Copying %1 files..."), "/copy") && d->createFiles()) {
         d->measure([this](int i) {
             return [source = d->file(i), target = d->file(i) + QStringLiteral("_copied")] {
                 return copyFile(source, target);
@@ -180,7 +180,8 @@ void SupportBenchmarkFileIoTask::run()
         });
     }
 
-    if (d->begin(SequentialSeek, "Sequentially seeking %1 times...", "/sequential_seek")) {
+    if (d->begin(SequentialSeek, QT_TR_NOOP("Sequentially seeking %1 times..."),
+                 "/sequential_seek")) {
         QTemporaryFile temporary;
         if (const auto handle = d->phaseFile(temporary, 'A', OpenReadOnly)) {
             // Positions p = 0, 0x100000, ... below 0x3E800000 give the offsets p / 1000.
@@ -193,7 +194,8 @@ void SupportBenchmarkFileIoTask::run()
         }
     }
 
-    if (d->begin(SequentialRead, "Sequentially reading %1 times...", "/sequential_read")) {
+    if (d->begin(SequentialRead, QT_TR_NOOP("Sequentially reading %1 times..."),
+                 "/sequential_read")) {
         QTemporaryFile temporary;
         if (const auto handle = d->phaseFile(temporary, 'B', OpenReadOnly)) {
             QString text;
@@ -206,7 +208,8 @@ void SupportBenchmarkFileIoTask::run()
         }
     }
 
-    if (d->begin(SequentialWrite, "Sequentially writing %1 times...", "/sequential_write")) {
+    if (d->begin(SequentialWrite, QT_TR_NOOP("Sequentially writing %1 times..."),
+                 "/sequential_write")) {
         QTemporaryFile temporary;
         if (const auto handle = d->phaseFile(temporary, 0, OpenWriteOnly)) {
             const QByteArray buffer = QString(writeLength, QLatin1Char('C')).toUtf8();
@@ -218,7 +221,7 @@ void SupportBenchmarkFileIoTask::run()
         }
     }
 
-    if (d->begin(RandomSeek, "Randomly seeking %1 times...", "/random_seek")) {
+    if (d->begin(RandomSeek, QT_TR_NOOP("Randomly seeking %1 times..."), "/random_seek")) {
         QTemporaryFile temporary;
         if (const auto handle = d->phaseFile(temporary, 'D', OpenReadOnly)) {
             d->measure([&handle](int) {

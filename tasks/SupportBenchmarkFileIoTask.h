@@ -2,6 +2,8 @@
 
 #include "SupportTask.h"
 
+#include <QCoreApplication>
+
 #include <memory>
 
 // Measures eight kinds of file operation, 1000 timed repetitions each, in a temporary folder made
@@ -9,6 +11,8 @@
 // single time in seconds, and the failures seen. Everything it makes is removed with the task.
 class SupportBenchmarkFileIoTask : public SupportTask
 {
+    Q_DECLARE_TR_FUNCTIONS(SupportBenchmarkFileIoTask)
+
 public:
     // In the order the phases run; the value indexes the report's blocks.
     enum Operation {

@@ -1,0 +1,241 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="de_DE">
+<context>
+    <name>BasicTextProcessor</name>
+    <message>
+        <source>1 byte</source>
+        <translation>1 Byte</translation>
+    </message>
+    <message>
+        <source>bytes</source>
+        <translation>Byte</translation>
+    </message>
+    <message>
+        <source>KB</source>
+        <translation>KB</translation>
+    </message>
+    <message>
+        <source>MB</source>
+        <translation>MB</translation>
+    </message>
+    <message>
+        <source>GB</source>
+        <translation>GB</translation>
+    </message>
+    <message>
+        <source>TB</source>
+        <translation>TB</translation>
+    </message>
+</context>
+<context>
+    <name>FileDirTools</name>
+    <message>
+        <source>Failed to open &quot;%1&quot; as read only because it does not exist.</source>
+        <translation>&quot;%1&quot; konnte nicht zum Lesen geöffnet werden, weil es nicht existiert.</translation>
+    </message>
+    <message>
+        <source>Failed to open &quot;%1&quot; because it is not readable.</source>
+        <translation>&quot;%1&quot; konnte nicht geöffnet werden, weil es nicht lesbar ist.</translation>
+    </message>
+    <message>
+        <source>Failed to open &quot;%1&quot; as writable because it is read only.</source>
+        <translation>&quot;%1&quot; konnte nicht zum Schreiben geöffnet werden, weil es schreibgeschützt ist.</translation>
+    </message>
+    <message>
+        <source>Failed to open &quot;%1&quot; because it is a directory.</source>
+        <translation>&quot;%1&quot; konnte nicht geöffnet werden, weil es ein Ordner ist.</translation>
+    </message>
+    <message>
+        <source>Failed to open &quot;%1&quot;. %2 (errno=%3)</source>
+        <translation>&quot;%1&quot; konnte nicht geöffnet werden. %2 (errno=%3)</translation>
+    </message>
+    <message>
+        <source>Failed to fopen &quot;%1&quot; as read only because it does not exist.</source>
+        <translation>&quot;%1&quot; konnte mit fopen nicht zum Lesen geöffnet werden, weil es nicht existiert.</translation>
+    </message>
+    <message>
+        <source>Failed to fopen &quot;%1&quot; because it is not readable.</source>
+        <translation>&quot;%1&quot; konnte mit fopen nicht geöffnet werden, weil es nicht lesbar ist.</translation>
+    </message>
+    <message>
+        <source>Failed to fopen &quot;%1&quot; as writable because it is read only.</source>
+        <translation>&quot;%1&quot; konnte mit fopen nicht zum Schreiben geöffnet werden, weil es schreibgeschützt ist.</translation>
+    </message>
+    <message>
+        <source>Failed to fopen &quot;%1&quot;. %2 (errno=%3)</source>
+        <translation>&quot;%1&quot; konnte mit fopen nicht geöffnet werden. %2 (errno=%3)</translation>
+    </message>
+    <message>
+        <source>Could not open input file.</source>
+        <translation>Die Eingabedatei konnte nicht geöffnet werden.</translation>
+    </message>
+    <message>
+        <source>Could not create empty file.</source>
+        <translation>Die leere Datei konnte nicht angelegt werden.</translation>
+    </message>
+    <message>
+        <source>Could not open output file.</source>
+        <translation>Die Ausgabedatei konnte nicht geöffnet werden.</translation>
+    </message>
+    <message>
+        <source>Could not rename file.</source>
+        <translation>Die Datei konnte nicht umbenannt werden.</translation>
+    </message>
+</context>
+<context>
+    <name>ReportCommandLine</name>
+    <message>
+        <source>Show this help and exit.</source>
+        <translation>Diese Hilfe anzeigen und beenden.</translation>
+    </message>
+    <message>
+        <source>Show the version and exit.</source>
+        <translation>Die Version anzeigen und beenden.</translation>
+    </message>
+    <message>
+        <source>Prints the Corvanta Support report on standard output: the same text that
+&quot;Copy Report&quot; puts on the clipboard. The desktop&apos;s display is used when there
+is one.</source>
+        <translation>Gibt den Bericht von Corvanta Support auf der Standardausgabe aus: denselben
+Text, den „Bericht kopieren“ in die Zwischenablage legt. Die Anzeige des
+Desktops wird verwendet, wenn es eine gibt.</translation>
+    </message>
+    <message>
+        <source>unknown argument &quot;%1&quot;</source>
+        <translation>unbekanntes Argument &quot;%1&quot;</translation>
+    </message>
+    <message>
+        <source>%1; see --help</source>
+        <translation>%1; siehe --help</translation>
+    </message>
+    <message>
+        <source>
+Exit status:
+  0  the report, the help or the version was printed
+  1  the output could not be written
+  2  the command line was not understood
+</source>
+        <translation>
+Exit-Status:
+  0  der Bericht, die Hilfe oder die Version wurde ausgegeben
+  1  die Ausgabe konnte nicht geschrieben werden
+  2  die Befehlszeile wurde nicht verstanden
+</translation>
+    </message>
+    <message>
+        <source>cannot write: %1</source>
+        <translation>Schreiben nicht möglich: %1</translation>
+    </message>
+</context>
+<context>
+    <name>ReportExport</name>
+    <message>
+        <source>Select Folder</source>
+        <translation>Ordner auswählen</translation>
+    </message>
+    <message>
+        <source>Your email program failed to open.&lt;br&gt;&lt;br&gt;Please use File &gt; Save Report and attach the files in an email to %1</source>
+        <translation>Ihr E-Mail-Programm konnte nicht geöffnet werden.&lt;br&gt;&lt;br&gt;Bitte verwenden Sie Datei &gt; Bericht speichern und hängen Sie die Dateien an eine E-Mail an %1 an.</translation>
+    </message>
+</context>
+<context>
+    <name>SupportBenchmarkFileIoTask</name>
+    <message>
+        <source>Creating %1 files...</source>
+        <translation>%1 Dateien werden angelegt...</translation>
+    </message>
+    <message>
+        <source>Deleting %1 files...</source>
+        <translation>%1 Dateien werden gelöscht...</translation>
+    </message>
+    <message>
+        <source>Moving %1 files...</source>
+        <translation>%1 Dateien werden verschoben...</translation>
+    </message>
+    <message>
+        <source>Copying %1 files...</source>
+        <translation>%1 Dateien werden kopiert...</translation>
+    </message>
+    <message>
+        <source>Sequentially seeking %1 times...</source>
+        <translation>%1-mal sequenziell positionieren...</translation>
+    </message>
+    <message>
+        <source>Sequentially reading %1 times...</source>
+        <translation>%1-mal sequenziell lesen...</translation>
+    </message>
+    <message>
+        <source>Sequentially writing %1 times...</source>
+        <translation>%1-mal sequenziell schreiben...</translation>
+    </message>
+    <message>
+        <source>Randomly seeking %1 times...</source>
+        <translation>%1-mal zufällig positionieren...</translation>
+    </message>
+</context>
+<context>
+    <name>SupportDisplayTab</name>
+    <message>
+        <source>Apply DPI Workaround</source>
+        <translation>DPI-Workaround anwenden</translation>
+    </message>
+    <message>
+        <source>Remove DPI Workaround</source>
+        <translation>DPI-Workaround entfernen</translation>
+    </message>
+</context>
+<context>
+    <name>SupportLoader</name>
+    <message>
+        <source>Loading %1 data...</source>
+        <translation>%1-Daten werden geladen...</translation>
+    </message>
+</context>
+<context>
+    <name>SupportMainWindow</name>
+    <message>
+        <source>File</source>
+        <translation>Datei</translation>
+    </message>
+    <message>
+        <source>Save Report...</source>
+        <translation>Bericht speichern...</translation>
+    </message>
+    <message>
+        <source>Email Report...</source>
+        <translation>Bericht per E-Mail senden...</translation>
+    </message>
+    <message>
+        <source>Quit</source>
+        <translation>Beenden</translation>
+    </message>
+    <message>
+        <source>Edit</source>
+        <translation>Bearbeiten</translation>
+    </message>
+    <message>
+        <source>Copy Report</source>
+        <translation>Bericht kopieren</translation>
+    </message>
+    <message>
+        <source>Help</source>
+        <translation>Hilfe</translation>
+    </message>
+    <message>
+        <source>About %1</source>
+        <translation>Über %1</translation>
+    </message>
+</context>
+<context>
+    <name>SupportSystemTab</name>
+    <message>
+        <source>Benchmark File I/O</source>
+        <translation>Datei-E/A messen</translation>
+    </message>
+    <message>
+        <source>Choose Location</source>
+        <translation>Speicherort auswählen</translation>
+    </message>
+</context>
+</TS>
