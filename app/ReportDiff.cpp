@@ -75,7 +75,8 @@ QStringList sectionDifferences(const ReportDocument::Section& earlier,
         }
     }
     const auto describe = [](const Item& item) {
-        return item.name.isEmpty() ? quoted(item.shown) : item.name + QLatin1Char(' ') + quoted(item.shown);
+        return item.name.isEmpty() ? quoted(item.shown)
+                                   : item.name + QLatin1Char(' ') + quoted(item.shown);
     };
     for (const Item& item : std::as_const(after)) {
         if (!item.matched)

@@ -75,8 +75,8 @@ ReportDocument ReportDocument::fromTable(const SupportDataMap& table)
 
 QString ReportDocument::text() const
 {
-    QString report = QStringLiteral("Generated: ") + generated.toString(Qt::TextDate)
-                     + QStringLiteral("\n\n");
+    QString report =
+        QStringLiteral("Generated: ") + generated.toString(Qt::TextDate) + QStringLiteral("\n\n");
     for (const Section& section : sections) {
         report += QString(50, QLatin1Char('=')) + QLatin1Char('\n') + section.name
                   + QStringLiteral("\n\n") + section.text + QStringLiteral("\n\n");

@@ -86,7 +86,8 @@ QByteArray reportJson(const ReportDocument& document)
         });
     }
     // The offset is part of the time, so a desk in another zone reads the user's own clock.
-    const QDateTime generated = document.generated.toOffsetFromUtc(document.generated.offsetFromUtc());
+    const QDateTime generated =
+        document.generated.toOffsetFromUtc(document.generated.offsetFromUtc());
     const QJsonObject root{
         {QStringLiteral("generated"), generated.toString(Qt::ISODate)},
         {QStringLiteral("tool"), QJsonObject{{QStringLiteral("name"), document.tool},

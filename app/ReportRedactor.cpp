@@ -38,12 +38,11 @@ const QRegularExpression::PatternOptions anyCase = QRegularExpression::CaseInsen
 // Six to eight hexadecimal pairs, all joined by colons or all by hyphens.
 const QRegularExpression macPattern(QStringLiteral(
     "(?<![0-9A-Fa-f])[0-9A-Fa-f]{2}([:-])[0-9A-Fa-f]{2}(?:\\1[0-9A-Fa-f]{2}){4,6}(?![0-9A-Fa-f])"));
-const QRegularExpression ipv4Pattern(
-    QStringLiteral("(?<![0-9.])(?:(?:25[0-5]|2[0-4]\\d|1?\\d?\\d)\\.){3}"
-                   "(?:25[0-5]|2[0-4]\\d|1?\\d?\\d)(?![0-9]|\\.\\d)"));
+const QRegularExpression
+    ipv4Pattern(QStringLiteral("(?<![0-9.])(?:(?:25[0-5]|2[0-4]\\d|1?\\d?\\d)\\.){3}"
+                               "(?:25[0-5]|2[0-4]\\d|1?\\d?\\d)(?![0-9]|\\.\\d)"));
 // Words holding two colons or more; those that read as IPv6 addresses are addresses.
-const QRegularExpression ipv6Candidate(
-    QStringLiteral("(?<![\\w:.%])[\\w.%]*:[\\w:.%]*:[\\w:.%]*"));
+const QRegularExpression ipv6Candidate(QStringLiteral("(?<![\\w:.%])[\\w.%]*:[\\w:.%]*:[\\w:.%]*"));
 const QRegularExpression uuidPattern(
     QStringLiteral("(?<![0-9A-Fa-f])[0-9A-Fa-f]{8}(?:-[0-9A-Fa-f]{4}){3}-[0-9A-Fa-f]{12}"
                    "(?![0-9A-Fa-f])"));
@@ -185,10 +184,10 @@ ReportRedactor::ReportRedactor(const ReportDocument& document)
     const QString home = QDir::homePath();
     const QString homePathEnd = QStringLiteral("(?![^/\\s])");
     if (home != QStringLiteral("/")) {
-        d->addName(home, HomeKind, {}, homePathEnd);
+        d->addName(home, HomeKind, home, homePathEnd);
         const QString canonical = QFileInfo(home).canonicalFilePath();
         if (canonical != home)
-            d->addName(canonical, HomeKind, {}, homePathEnd);
+            d->addName(canonical, HomeKind, home, homePathEnd);
     }
 
     QStringList hosts = fieldValues(document, QStringLiteral("Host Name:"));
