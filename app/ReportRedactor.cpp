@@ -54,18 +54,18 @@ QString placeholderStem(Kind kind)
 }
 
 // The address in one spelling for all its forms: no scope, IPv4 for an IPv4-mapped address.
+// The unspecified address names no machine.
 QString addressKey(const QString& text)
 {
     QHostAddress address;
-    if (!address.setAddress(text))
+    if (!address.setAddress(text)
+        || address.isEqual(QHostAddress(QHostAddress::AnyIPv6), QHostAddress::StrictConversion)
+        || address.isEqual(QHostAddress(QHostAddress::AnyIPv4), QHostAddress::StrictConversion))
         return {};
     bool mapped = false;
-    const QHostAddress v4(address.toIPv4Address(&mapped));
+    const quint32 v4 = address.toIPv4Address(&mapped);
     if (mapped)
-        return v4.toString();
-    if (address.protocol() != QAbstractSocket::IPv6Protocol || address.isNull()
-        || address == QHostAddress(QHostAddress::AnyIPv6))
-        return {};
+        return QHostAddress(v4).toString();
     return QHostAddress(address.toIPv6Address()).toString();
 }
 

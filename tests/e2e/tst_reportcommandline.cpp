@@ -18,9 +18,17 @@ private slots:
         QTest::addColumn<QStringList>("mentions");
         QTest::addColumn<QString>("errorLine");
 
-        const QStringList help{u"\n  -h, --help "_s, u"\n  --version "_s, u"\nExit status:\n"_s,
-                               u"\n  1  the output could not be written\n"_s,
-                               u"\n  2  the command line was not understood\n"_s};
+        const QStringList help{u"\n  -h, --help "_s,
+                               u"\n  --version "_s,
+                               u"\n  --format <FORMAT> "_s,
+                               u"\n  --redact "_s,
+                               u"\n  --save <DIR> "_s,
+                               u"\n  --diff <EARLIER> "_s,
+                               u"\nExamples:\n"_s,
+                               u"\n  corvanta-support-report --redact --save ~/Desktop"_s,
+                               u"\nExit status:\n"_s,
+                               u"\n     with --diff: something changed\n"_s,
+                               u"\n  2  the command line was not understood;\n"_s};
         QTest::newRow("--help") << QStringList{u"--help"_s} << QString() << 0 << u"Usage: "_s
                                 << help << QString();
         QTest::newRow("-h") << QStringList{u"-h"_s} << QString() << 0 << u"Usage: "_s << help
@@ -32,8 +40,27 @@ private slots:
             << QStringList{u"--verbose"_s} << QString() << 2 << QString() << QStringList()
             << u"corvanta-support-report: unknown argument \"--verbose\"; see --help"_s;
         QTest::newRow("unknown option with a value")
-            << QStringList{u"--format=json"_s} << QString() << 2 << QString() << QStringList()
-            << u"corvanta-support-report: unknown argument \"--format=json\"; see --help"_s;
+            << QStringList{u"--colour=auto"_s} << QString() << 2 << QString() << QStringList()
+            << u"corvanta-support-report: unknown argument \"--colour=auto\"; see --help"_s;
+        QTest::newRow("unknown format")
+            << QStringList{u"--format=xml"_s} << QString() << 2 << QString() << QStringList()
+            << u"corvanta-support-report: unknown format \"xml\"; use text or json; see --help"_s;
+        QTest::newRow("differences as json")
+            << QStringList{u"--diff"_s, u"a.json"_s, u"--format"_s, u"json"_s} << QString() << 2
+            << QString() << QStringList()
+            << u"corvanta-support-report: --diff prints text; leave out --format json"_s;
+        QTest::newRow("a third report")
+            << QStringList{u"--diff"_s, u"a.json"_s, u"b.json"_s, u"c.json"_s} << QString() << 2
+            << QString() << QStringList()
+            << u"corvanta-support-report: unknown argument \"c.json\"; see --help"_s;
+        QTest::newRow("saving a later file")
+            << QStringList{u"--save=/tmp"_s, u"--diff=a.json"_s, u"b.json"_s} << QString() << 2
+            << QString() << QStringList()
+            << u"corvanta-support-report: --save saves this machine's report; leave out LATER"_s;
+        QTest::newRow("no earlier report")
+            << QStringList{u"--diff=/nonexistent/a.json"_s} << QString() << 2 << QString()
+            << QStringList()
+            << u"corvanta-support-report: /nonexistent/a.json: No such file or directory"_s;
         QTest::newRow("unknown option after a known one")
             << QStringList{u"--version"_s, u"-x"_s} << QString() << 2 << QString() << QStringList()
             << u"corvanta-support-report: unknown argument \"-x\"; see --help"_s;
