@@ -176,7 +176,8 @@ private slots:
     {
         RUN_AS_NOBODY_WHEN_ROOT();
         TestEnvironment home;
-        const QString folder = home.path(u"locked"_s);
+        // "%1" in the path must not take the status meant for the message.
+        const QString folder = home.path(u"locked x%1y"_s);
         const QString file = folder + u"/kept.txt"_s;
         QVERIFY(putFile(file, "kept"));
         QVERIFY(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
@@ -197,19 +198,28 @@ private slots:
     void copyFile_data()
     {
         QTest::addColumn<QString>("destination"); // empty: the source itself
-        QTest::addColumn<bool>("existing");
+        QTest::addColumn<QString>("made");        // what stands there first
         QTest::addColumn<bool>("keepTimes");
-        QTest::newRow("keep times") << "keep " + oddName << false << true;
-        QTest::newRow("new times") << "new " + oddName << true << false;
+        QTest::newRow("keep times") << "keep " + oddName << "" << true;
+        QTest::newRow("new times") << "new " + oddName << "old file" << false;
         // Two files on a case-sensitive system, so the copy must not rename the source away.
-        QTest::newRow("other case") << "SOURCE other case" << true << false;
-        QTest::newRow("same path") << "" << true << true;
+        QTest::newRow("other case") << "SOURCE other case"
+                                    << "old file" << false;
+        QTest::newRow("same path") << ""
+                                   << "" << true;
+        // The source under another name: nothing may be emptied, and nothing needs copying.
+        QTest::newRow("symbolic link to the source") << "link"
+                                                     << "symbolic link" << true;
+        QTest::newRow("hard link to the source") << "hard link"
+                                                 << "hard link" << true;
+        QTest::newRow("through a dot") << "./source through a dot"
+                                       << "" << true;
     }
 
     void copyFile()
     {
         QFETCH(QString, destination);
-        QFETCH(bool, existing);
+        QFETCH(QString, made);
         QFETCH(bool, keepTimes);
         const QString source = path(u"source "_s + QTest::currentDataTag());
         destination = destination.isEmpty() ? source : path(destination);
@@ -217,7 +227,12 @@ private slots:
         QVERIFY(putFile(source, "copy me") && file.open(QIODevice::ReadWrite));
         QVERIFY(file.setFileTime(oldTime, QFile::FileModificationTime));
         file.close();
-        QVERIFY(!existing || destination == source || putFile(destination, "old"));
+        if (made == u"old file"_s)
+            QVERIFY(putFile(destination, "old"));
+        else if (made == u"symbolic link"_s)
+            QVERIFY(QFile::link(source, destination));
+        else if (made == u"hard link"_s)
+            QCOMPARE(::link(QFile::encodeName(source), QFile::encodeName(destination)), 0);
         QString error;
         QVERIFY(::copyFile(source, destination, keepTimes && destination != source, &error));
         QVERIFY(error.isEmpty());
@@ -226,24 +241,50 @@ private slots:
         QCOMPARE(QFileInfo(destination).lastModified().toUTC() == oldTime, keepTimes);
     }
 
-    // The fallback's texts when the copy cannot start; nothing is left behind.
+    void copyFailures_data()
+    {
+        QTest::addColumn<QString>("source");
+        QTest::addColumn<QString>("destination");
+        QTest::addColumn<QByteArray>("before"); // null: no destination yet
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("logged"); // the log line that tells why
+        QVERIFY(putFile(path(u"existing.txt"_s), "x") && QDir().mkpath(path(u"a folder"_s)));
+        QTest::newRow("missing source")
+            << path(u"missing.txt"_s) << path(u"out.txt"_s) << QByteArray()
+            << u"Could not open input file."_s
+            << u"Failed to open \"%1\" as read only because it does not exist."_s.arg(
+                   path(u"missing.txt"_s));
+        // Checked before the destination is opened: an existing one keeps its content.
+        QTest::newRow("folder as source")
+            << path(u"a folder"_s) << path(u"kept.txt"_s) << QByteArray("kept")
+            << u"Could not open input file."_s
+            << u"Failed to open \"%1\" because it is a directory."_s.arg(path(u"a folder"_s));
+        QTest::newRow("no folder for the copy")
+            << path(u"existing.txt"_s) << path(u"no folder/out.txt"_s) << QByteArray()
+            << u"Could not create empty file."_s
+            << u"Failed to CopyFileEx \"%1\" to \"%2\""_s.arg(path(u"existing.txt"_s),
+                                                              path(u"no folder/out.txt"_s));
+        // The kernel answers a read of this file's first page with EIO: a read error is no end.
+        QTest::newRow("read error") << u"/proc/self/mem"_s << path(u"memory.bin"_s) << QByteArray()
+                                    << u"Could not read input file. Input/output error"_s
+                                    << u"Could not read input file. Input/output error"_s;
+    }
+
     void copyFailures()
     {
-        const auto failure = [](const QString& source, const QString& destination) {
-            MessageLog log;
-            QString text;
-            const bool copied = ::copyFile(source, destination, true, &text);
-            const QString line = u"Failed to CopyFileEx \"%1\" to \"%2\""_s;
-            return copied || QFileInfo::exists(destination)
-                           || !log.messages().contains(line.arg(source, destination))
-                       ? u"<copied, or not logged>"_s
-                       : text;
-        };
-        QVERIFY(putFile(path(u"existing.txt"_s), "x"));
-        QCOMPARE(failure(path(u"missing.txt"_s), path(u"out.txt"_s)),
-                 u"Could not open input file."_s);
-        QCOMPARE(failure(path(u"existing.txt"_s), path(u"no folder/out.txt"_s)),
-                 u"Could not create empty file."_s);
+        QFETCH(QString, source);
+        QFETCH(QString, destination);
+        QFETCH(QByteArray, before);
+        QFETCH(QString, text);
+        QFETCH(QString, logged);
+        QVERIFY(before.isNull() || putFile(destination, before));
+        MessageLog log;
+        QString error;
+        QVERIFY(!::copyFile(source, destination, true, &error));
+        QCOMPARE(error, text);
+        QVERIFY2(log.messages().contains(logged), qPrintable(log.messages().join('\n')));
+        if (!before.isNull())
+            QCOMPARE(fileBytes(destination), before);
     }
 
     void moveFile()
@@ -269,6 +310,62 @@ private slots:
         QCOMPARE(fileBytes(destination), QByteArray("new"));
     }
 
+    // Another file system: copied at once, without retries, and the source removed only then.
+    void moveFileAcrossFileSystems()
+    {
+        const QString source = path(u"across.txt"_s);
+        const QString elsewhere = u"/dev/shm/corvanta-move-%1.txt"_s.arg(::getpid());
+        struct stat here;
+        struct stat there;
+        QVERIFY(putFile(source, "moved") && ::stat(QFile::encodeName(path(u""_s)), &here) == 0
+                && ::stat("/dev/shm", &there) == 0);
+        QVERIFY2(here.st_dev != there.st_dev,
+                 "the test needs /dev/shm on a file system of its own");
+        MessageLog log;
+        QString error;
+        QVERIFY(::moveFile(source, elsewhere, &error));
+        const QByteArray moved = fileBytes(elsewhere);
+        QFile::remove(elsewhere);
+        QCOMPARE(moved, QByteArray("moved"));
+        QVERIFY(!QFileInfo::exists(source));
+        QCOMPARE(error, QString());
+        QCOMPARE(log.messages(), QStringList());
+
+        // A copy cut short by a read error is a failed move.
+        QVERIFY(!::moveFile(u"/proc/self/mem"_s, path(u"memory.bin"_s), &error));
+        QCOMPARE(error, u"Could not rename file."_s);
+        QVERIFY(log.messages().filter(u"MoveFileEx"_s).isEmpty());
+    }
+
+    void removeFile_data()
+    {
+        QTest::addColumn<bool>("dangling");
+        QTest::newRow("link to a read-only file") << false;
+        QTest::newRow("dangling link") << true;
+    }
+
+    // The link goes; what it points at stays as it was, read-only included.
+    void removeFile()
+    {
+        QFETCH(bool, dangling);
+        // Root writes to read-only files, so it would never change their permissions.
+        if (!dangling) {
+            RUN_AS_NOBODY_WHEN_ROOT();
+        }
+        const QString target = path(u"target "_s + QTest::currentDataTag());
+        const QString link = path(u"link "_s + QTest::currentDataTag());
+        QVERIFY(QFile::link(target, link));
+        if (!dangling) {
+            QVERIFY(putFile(target, "kept"));
+            QVERIFY(QFile::setPermissions(target, QFile::ReadOwner));
+        }
+        QVERIFY(::removeFile(link));
+        QVERIFY(!QFileInfo(link).isSymbolicLink());
+        QCOMPARE(QFileInfo::exists(target), !dangling);
+        if (!dangling)
+            QCOMPARE(::permissionsText(target, true), u"-r--------"_s);
+    }
+
     void openChecked_data()
     {
         QTest::addColumn<QString>("file");
@@ -289,6 +386,9 @@ private slots:
         };
         row("missing", missing, 0, false, " as read only because it does not exist.");
         row("errno", inMissingFolder, 0, true, ". No such file or directory (errno=2)");
+        // "%1" in a path must not take the values meant for the message.
+        row("errno, %1 in the path", path(u"x%1y/file.txt"_s), 0, true,
+            ". No such file or directory (errno=2)");
         row("unreadable", guarded, 0200, true, " because it is not readable.");
         row("read only", guarded, 0400, true, " as writable because it is read only.");
         QDir().mkpath(path(u"a folder"_s));
