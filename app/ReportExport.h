@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QList>
 #include <QString>
+#include <QUrl>
 
 class QWidget;
 
@@ -24,7 +25,8 @@ QString saveReportTo(const SupportDataMap& table, const QString& parent,
                      const QDateTime& now = QDateTime::currentDateTimeUtc());
 QString reportFolderName(const QDateTime& now);
 void emailReport(const SupportDataMap& table);
-QString emailUrl(const QString& report);
+// The "mailto:" URL for the support desk with the report as its body.
+QUrl emailUrl(const QString& report);
 
 QImage renderWidget(QWidget* widget);
 QImage stackImages(const QList<QImage>& images);
