@@ -13,6 +13,7 @@
 #include <QMimeData>
 #include <QScreen>
 #include <QUrl>
+#include <QUrlQuery>
 #include <QWidget>
 
 #include <cmath>
@@ -105,16 +106,27 @@ QImage reportPicture(const SupportDataMap& table)
     return stackImages(images);
 }
 
-QString emailUrl(const QString& report)
+QUrl emailUrl(const QString& report)
 {
-    return QStringLiteral("mailto:%1?subject=%2&body=")
-               .arg(supportEmailAddress(), QStringLiteral("Corvanta Support Report"))
-           + report;
+    // Encoded in full as query values, so "&", "#", "+" and "%" in the report reach the mail
+    // program as they are instead of ending the body or changing it.
+    const auto encoded = [](const QString& value) {
+        return QString::fromLatin1(QUrl::toPercentEncoding(value));
+    };
+    QUrlQuery query;
+    query.addQueryItem(QStringLiteral("subject"),
+                       encoded(QStringLiteral("Corvanta Support Report")));
+    query.addQueryItem(QStringLiteral("body"), encoded(report));
+    QUrl url;
+    url.setScheme(QStringLiteral("mailto"));
+    url.setPath(supportEmailAddress());
+    url.setQuery(query);
+    return url;
 }
 
 void emailReport(const SupportDataMap& table)
 {
-    if (QDesktopServices::openUrl(QUrl(emailUrl(reportText(table)), QUrl::TolerantMode)))
+    if (QDesktopServices::openUrl(emailUrl(reportText(table))))
         return;
     QMessageBox box;
     box.setText(QCoreApplication::translate("ReportExport",

@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QList>
 #include <QString>
+#include <QUrl>
 
 class QWidget;
 
@@ -26,7 +27,8 @@ QString reportFolderName(const QDateTime& now);
 // Every collector's picture, one below the other, in ascending kind.
 QImage reportPicture(const SupportDataMap& table);
 void emailReport(const SupportDataMap& table);
-QString emailUrl(const QString& report);
+// The "mailto:" URL for the support desk with the report as its body.
+QUrl emailUrl(const QString& report);
 
 QImage renderWidget(QWidget* widget);
 QImage stackImages(const QList<QImage>& images);

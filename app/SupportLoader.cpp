@@ -2,6 +2,7 @@
 
 #include "SupportLoaderWorker.h"
 
+#include <QKeyEvent>
 #include <QPointer>
 #include <QProgressDialog>
 #include <QThread>
@@ -25,9 +26,13 @@ SupportLoader::SupportLoader(const SupportDataTableRef& table, QObject* parent)
 
 SupportLoader::~SupportLoader()
 {
-    d->thread.quit();
-    d->thread.wait(10000);
     delete d->dialog.data();
+    // A quit during a load waits for the collector in hand, however long it takes: destroying the
+    // thread under it would abort the program. Waits that watch for it, such as the connectivity
+    // probe, give up at once.
+    d->thread.requestInterruption();
+    d->thread.quit();
+    d->thread.wait();
 }
 
 void SupportLoader::start()
@@ -51,6 +56,7 @@ void SupportLoader::start()
     d->dialog->setMinimumWidth(300);
     d->dialog->setWindowTitle(QStringLiteral("Corvanta Support"));
     d->dialog->setAttribute(Qt::WA_DeleteOnClose, true);
+    d->dialog->installEventFilter(this);
     d->dialog->raise();
 
     // A later pass reuses the worker, its connections and the running thread.
@@ -100,4 +106,20 @@ void SupportLoader::slotStartNextWorkerItem()
         d->dialog->hide();
     }
     emit signalFinished();
+}
+
+bool SupportLoader::eventFilter(QObject* watched, QEvent* event)
+{
+    // Esc would reject the dialog and a close request close it; either ends the program's only
+    // window, and so the program, in the middle of a load.
+    if (watched == d->dialog.data()) {
+        if (event->type() == QEvent::Close) {
+            event->ignore();
+            return true;
+        }
+        if (event->type() == QEvent::KeyPress
+            && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape)
+            return true;
+    }
+    return QObject::eventFilter(watched, event);
 }

@@ -7,7 +7,8 @@
 #include <memory>
 
 // Loads every collector in ascending kind, one at a time, on a worker thread, behind a modal
-// progress dialog that names the collector in hand.
+// progress dialog that names the collector in hand. The dialog cannot be dismissed: neither Esc
+// nor a close request ends it before the pass does.
 class SupportLoader : public QObject
 {
     Q_OBJECT
@@ -26,6 +27,9 @@ signals:
 public slots:
     void slotStartMainThreadItemWork(int type);
     void slotStartNextWorkerItem();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     struct Private;

@@ -3,6 +3,7 @@
 #include <QEventLoop>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
+#include <QThread>
 #include <QTimer>
 
 bool probeConnectivity(const QUrl& url)
@@ -21,9 +22,15 @@ bool probeConnectivity(const QUrl& url)
                      [&received, reply] { received += reply->readAll().size(); });
     QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
     QTimer::singleShot(connectivityProbeTimeout, &loop, &QEventLoop::quit);
-    // Clicks wait until the probe is done, so no action starts in the middle of a load.
+    // A thread asked to end, at a quit, stops waiting at once.
+    QTimer interruption;
+    QObject::connect(&interruption, &QTimer::timeout, &loop, [&loop] {
+        if (QThread::currentThread()->isInterruptionRequested())
+            loop.quit();
+    });
+    interruption.start(100);
     if (!reply->isFinished())
-        loop.exec(QEventLoop::ExcludeUserInputEvents);
+        loop.exec();
     received += reply->readAll().size();
     reply->abort();
     return received > 0;

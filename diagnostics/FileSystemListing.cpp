@@ -9,13 +9,19 @@
 
 QString withSizeTexts(const QString& listing)
 {
-    static const QRegularExpression sizePattern(QStringLiteral("(Space|Size)\\s*: (\\d+)"));
-    QString result = listing;
+    // Only the count right after its own key, on its own line, changes: the same digits elsewhere
+    // ("/dev/loop0" beside a free space of 0, a longer number) stay as they are.
+    static const QRegularExpression sizePattern(QStringLiteral("(Space|Size)[ \\t]*: (\\d+)"));
+    QString result;
+    qsizetype copied = 0;
     QRegularExpressionMatchIterator matches = sizePattern.globalMatch(listing);
     while (matches.hasNext()) {
-        const QString digits = matches.next().captured(2);
-        result.replace(digits, BasicTextProcessor::formatBytes(digits.toLongLong(), false));
+        const QRegularExpressionMatch match = matches.next();
+        result += QStringView(listing).mid(copied, match.capturedStart(2) - copied);
+        result += BasicTextProcessor::formatBytes(match.captured(2).toLongLong(), false);
+        copied = match.capturedEnd(2);
     }
+    result += QStringView(listing).mid(copied);
     return result;
 }
 

@@ -8,7 +8,7 @@
 QString fileSystemListing();
 
 // Every "Size : <count>" and "...Space : <count>" byte count written as a size text, such as
-// 238.5 GB. The same digits elsewhere in the text change with it.
+// 238.5 GB. Nothing else changes, not even the same digits elsewhere.
 QString withSizeTexts(const QString& listing);
 
 // The output of the PowerShell commands that list disks, mapped drives and network shares, each

@@ -23,6 +23,7 @@ QString floatText(float value)
 
 struct SupportDisplayData::Private
 {
+    bool noDisplayServer = false;
     double effectiveDpi = 0.0;
     double maximumDpi = 0.0;
     double minimumDpi = 0.0;
@@ -38,6 +39,8 @@ SupportDisplayData::~SupportDisplayData() = default;
 QStringList SupportDisplayData::errors() const
 {
     QStringList errors;
+    if (d->noDisplayServer)
+        return errors;
     if (d->screens.isEmpty())
         errors << QStringLiteral("No screens found.");
     for (int i = 0; i < d->screens.size(); ++i) {
@@ -62,10 +65,15 @@ int SupportDisplayData::type() const
 
 void SupportDisplayData::load()
 {
+    // These platforms make up a screen of their own (offscreen's is 800x800): without a display
+    // server there is no real screen to describe, or to find too small.
+    const QString platform = QGuiApplication::platformName();
+    d->noDisplayServer =
+        platform == QLatin1String("offscreen") || platform == QLatin1String("minimal");
     QList<Screen> screens;
     double minimum = 9999.0;
     double maximum = 0.0;
-    const QList<QScreen*> all = QGuiApplication::screens();
+    const QList<QScreen*> all = d->noDisplayServer ? QList<QScreen*>() : QGuiApplication::screens();
     for (const QScreen* screen : all) {
         screens.append({screen->name(), screen->geometry().size(), screen->physicalSize(),
                         float(screen->devicePixelRatio())});
@@ -94,6 +102,12 @@ void SupportDisplayData::render()
 {
     QString& text = *this->text();
     text.clear();
+    if (d->noDisplayServer) {
+        text += QStringLiteral("No display server could be reached, so there are no screens to "
+                               "describe.")
+                + lineBreaks(1);
+        return;
+    }
     appendErrors(text, *this);
     appendField(text, QStringLiteral("Number of Screens:"), int(d->screens.size()));
     text += lineBreaks(2);

@@ -29,7 +29,8 @@ public:
     int type() const override;
     void load() override;
 
-    // The fragment for the given figures; load() gathers them from the screens first.
+    // The fragment for the given figures; load() gathers them from the screens first. Without a
+    // display server it says so instead, and finds no errors.
     void render();
     void setFigures(const QList<Screen>& screens, double effectiveDpi, double minimumDpi,
                     double maximumDpi);

@@ -6,6 +6,7 @@
 #include "SystemProfile.h"
 
 #include <QDateTime>
+#include <QEventLoop>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLocale>
@@ -15,7 +16,10 @@
 #include <QNetworkReply>
 #include <QStandardPaths>
 #include <QThread>
+#include <QTimer>
 #include <QUrlQuery>
+
+#include <atomic>
 
 namespace {
 
@@ -48,9 +52,13 @@ struct SupportSystemData::Private
     QStringList sslErrors;
     QUrl addressServiceUrl;
     QUrl probeUrl;
-    // The address reply and its TLS errors arrive on the collector's thread while the first load
-    // renders on the loader's.
-    mutable QMutex networkMutex;
+    // The answer of the latest probe, shown by loads on the GUI thread until the next one ends.
+    bool probeAnswered = false;
+    std::unique_ptr<QThread> probeThread;
+    bool probing = false;
+    bool addressPending = false;
+    // The first load renders on the loader's thread while answers arrive on the collector's.
+    mutable QMutex mutex;
 };
 
 SupportSystemData::SupportSystemData(const QUrl& addressServiceUrl, const QUrl& probeUrl,
@@ -62,16 +70,24 @@ SupportSystemData::SupportSystemData(const QUrl& addressServiceUrl, const QUrl& 
     d->probeUrl = probeUrl;
     connect(this, &SupportSystemData::signalSslErrors, this,
             [this](const QList<QSslError>& errors) {
-                QMutexLocker lock(&d->networkMutex);
+                QMutexLocker lock(&d->mutex);
                 for (const QSslError& error : errors)
                     d->sslErrors << error.errorString();
             });
 }
 
-SupportSystemData::~SupportSystemData() = default;
+SupportSystemData::~SupportSystemData()
+{
+    // Asked to, the probe gives up at once; on Windows it ends within its own bound.
+    if (d->probeThread) {
+        d->probeThread->requestInterruption();
+        d->probeThread->wait();
+    }
+}
 
 QStringList SupportSystemData::errors() const
 {
+    QMutexLocker lock(&d->mutex);
     QStringList errors;
     if (d->figures.ramGB < 1.0)
         errors << QStringLiteral("Insufficient RAM.");
@@ -115,7 +131,19 @@ void SupportSystemData::load()
     figures.systemTime = QDateTime::currentDateTime().date().toString(Qt::TextDate);
 
     requestExternalAddress();
-    figures.winInetOk = probeConnectivity(d->probeUrl);
+    // The probe may hold its thread for 10 s. The loader's worker can wait for it; the GUI thread
+    // must not, so there the page shows the latest answer and is rendered again when the probe,
+    // on a thread of its own, ends.
+    if (QThread::currentThread() == thread()) {
+        QMutexLocker lock(&d->mutex);
+        figures.winInetOk = d->probeAnswered;
+        lock.unlock();
+        startProbe();
+    } else {
+        figures.winInetOk = probeConnectivity(d->probeUrl);
+        QMutexLocker lock(&d->mutex);
+        d->probeAnswered = figures.winInetOk;
+    }
 
     QString& listing = fileSystemsText();
     if (listing.isEmpty())
@@ -135,37 +163,94 @@ void SupportSystemData::requestExternalAddress()
             this, [this] { requestExternalAddress(); }, Qt::QueuedConnection);
         return;
     }
+    // Replacing the manager drops the replies still running, and with them their answers.
     delete d->networkManager;
     d->networkManager = new QNetworkAccessManager(this);
     connect(d->networkManager, &QNetworkAccessManager::finished, this,
-            &SupportSystemData::signalExternalIpFinished);
+            [this](QNetworkReply* reply) {
+                d->addressPending = false;
+                externalIpFinished(reply);
+                render();
+                emit signalExternalIpFinished(reply);
+            });
 
     QUrl url = d->addressServiceUrl;
     QUrlQuery query;
     query.addQueryItem(QStringLiteral("format"), QStringLiteral("json"));
     url.setQuery(query);
     {
-        QMutexLocker lock(&d->networkMutex);
+        QMutexLocker lock(&d->mutex);
         d->sslErrors.clear();
     }
     QNetworkRequest request(url);
     // A silent or firewalled service must not leave the request hanging.
-    request.setTransferTimeout(10000);
+    request.setTransferTimeout(connectivityProbeTimeout);
     QNetworkReply* reply = d->networkManager->get(request);
     connect(reply, &QNetworkReply::sslErrors, this, &SupportSystemData::signalSslErrors);
+    d->addressPending = true;
+}
+
+void SupportSystemData::startProbe()
+{
+    // A probe still running gives the latest answer when it ends.
+    if (d->probing)
+        return;
+    if (d->probeThread)
+        d->probeThread->wait();
+    auto answered = std::make_shared<std::atomic<bool>>(false);
+    d->probeThread.reset(QThread::create(
+        [url = d->probeUrl, answered] { answered->store(probeConnectivity(url)); }));
+    d->probeThread->setObjectName(QStringLiteral("ConnectivityProbe"));
+    connect(d->probeThread.get(), &QThread::finished, this,
+            [this, answered] { probeFinished(answered->load()); });
+    d->probing = true;
+    d->probeThread->start();
+}
+
+void SupportSystemData::probeFinished(bool answered)
+{
+    d->probing = false;
+    {
+        QMutexLocker lock(&d->mutex);
+        d->probeAnswered = answered;
+        d->figures.winInetOk = answered;
+    }
+    render();
+    emit signalProbeFinished();
+}
+
+bool SupportSystemData::isNetworkPending() const
+{
+    return d->probing || d->addressPending;
+}
+
+void SupportSystemData::waitForNetwork()
+{
+    QEventLoop loop;
+    const auto quitWhenIn = [this, &loop] {
+        if (!isNetworkPending())
+            loop.quit();
+    };
+    connect(this, &SupportSystemData::signalExternalIpFinished, &loop, quitWhenIn);
+    connect(this, &SupportSystemData::signalProbeFinished, &loop, quitWhenIn);
+    // Both give up on their own after this long; the bound holds even if one did not.
+    QTimer::singleShot(connectivityProbeTimeout, &loop, &QEventLoop::quit);
+    if (isNetworkPending())
+        loop.exec();
 }
 
 void SupportSystemData::setFigures(const Figures& figures)
 {
+    QMutexLocker lock(&d->mutex);
     d->figures = figures;
 }
 
 void SupportSystemData::render()
 {
-    const Figures& f = d->figures;
-    QString& text = *this->text();
-    text.clear();
+    QString text;
     appendErrors(text, *this);
+    QMutexLocker lock(&d->mutex);
+    const Figures& f = d->figures;
 
     const QList<QPair<QString, QString>> rows{
         {QStringLiteral("Operating System:"), f.operatingSystem},
@@ -198,18 +283,12 @@ void SupportSystemData::render()
     appendList(QStringLiteral("MAC Interfaces:"), f.macAddresses);
     appendList(QStringLiteral("Local IP Addresses:"), f.localAddresses);
 
-    QString externalAddress;
-    QStringList sslErrors;
-    {
-        QMutexLocker lock(&d->networkMutex);
-        externalAddress = d->externalAddress;
-        sslErrors = d->sslErrors;
-    }
     appendField(text, QStringLiteral("External IP Address:"), QVariant());
     text += lineBreaks(1);
-    appendIndented(text, QString(), externalAddress, 0);
+    appendIndented(text, QString(), d->externalAddress, 0);
     text += lineBreaks(2);
 
+    const QStringList& sslErrors = d->sslErrors;
     if (!sslErrors.isEmpty()) {
         appendField(text, QStringLiteral("SSL Errors:"), QVariant());
         text += lineBreaks(1);
@@ -227,6 +306,7 @@ void SupportSystemData::render()
     appendField(text, f.fileSystems, QVariant());
     d->benchmarkText.replace(QStringLiteral("\n"), QStringLiteral("<br>"));
     appendField(text, d->benchmarkText, QVariant());
+    *this->text() = text;
 }
 
 void SupportSystemData::externalIpFinished(QNetworkReply* reply)
@@ -237,7 +317,7 @@ void SupportSystemData::externalIpFinished(QNetworkReply* reply)
         const QJsonValue address =
             QJsonDocument::fromJson(reply->readAll()).object().value(QStringLiteral("ip"));
         if (address.isString()) {
-            QMutexLocker lock(&d->networkMutex);
+            QMutexLocker lock(&d->mutex);
             d->externalAddress = address.toString();
         }
     }
@@ -246,5 +326,6 @@ void SupportSystemData::externalIpFinished(QNetworkReply* reply)
 
 void SupportSystemData::setBenchmarkText(const QString& text)
 {
+    QMutexLocker lock(&d->mutex);
     d->benchmarkText = text;
 }

@@ -57,12 +57,21 @@ public:
     void externalIpFinished(QNetworkReply* reply);
     void setBenchmarkText(const QString& text);
 
+    // For callers without a page, such as the headless report: runs an event loop until the
+    // address reply and the connectivity probe of the last load are in, at most 10 s.
+    void waitForNetwork();
+
 signals:
+    // Both come once the text has been rendered again with the answer.
     void signalExternalIpFinished(QNetworkReply* reply);
+    void signalProbeFinished();
     void signalSslErrors(QList<QSslError> errors);
 
 private:
     void requestExternalAddress();
+    void startProbe();
+    void probeFinished(bool answered);
+    bool isNetworkPending() const;
 
     struct Private;
     std::unique_ptr<Private> d;

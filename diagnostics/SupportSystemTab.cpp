@@ -23,7 +23,9 @@ SupportSystemTab::SupportSystemTab(SupportSystemData* collector, QWidget* parent
 {
     d->collector = collector;
     connect(collector, &SupportSystemData::signalExternalIpFinished, this,
-            &SupportSystemTab::slotExternalIpFinished);
+            &SupportSystemTab::slotNetworkAnswered);
+    connect(collector, &SupportSystemData::signalProbeFinished, this,
+            &SupportSystemTab::slotNetworkAnswered);
 }
 
 SupportSystemTab::~SupportSystemTab() = default;
@@ -47,10 +49,8 @@ void SupportSystemTab::updateContent()
     showText(d->label);
 }
 
-void SupportSystemTab::slotExternalIpFinished(QNetworkReply* reply)
+void SupportSystemTab::slotNetworkAnswered()
 {
-    d->collector->externalIpFinished(reply);
-    d->collector->render();
     showText(d->label);
 }
 

@@ -2,8 +2,6 @@
 
 #include "SupportTab.h"
 
-#include <QNetworkReply>
-
 #include <memory>
 
 class SupportSystemData;
@@ -17,12 +15,13 @@ public:
     ~SupportSystemTab() override;
 
     // Gathers the collector again: the clock, the addresses and the network change while the
-    // program runs.
+    // program runs. The connectivity probe runs off the GUI thread; its answer shows when it ends.
     void updateContent() override;
 
 private slots:
-    // Shows the answer without gathering again, so the address service is asked once per load.
-    void slotExternalIpFinished(QNetworkReply* reply);
+    // Shows an answer the collector has rendered, without gathering again, so the address service
+    // is asked once per load.
+    void slotNetworkAnswered();
     void slotBenchmarkClicked();
     // Shows every benchmark run so far: the manager's report is never cleared.
     void slotBenchmarkFinished();

@@ -176,4 +176,16 @@ QString macAddressText(const QString& text)
     return trimmed.toUpper().replace(QLatin1Char(':'), QLatin1Char('-'));
 }
 
+bool architectureIs64Bit(const QString& name)
+{
+    static const QStringList known{
+        QStringLiteral("alpha"),    QStringLiteral("arm64"),       QStringLiteral("aarch64_be"),
+        QStringLiteral("ia64"),     QStringLiteral("loongarch64"), QStringLiteral("mips64"),
+        QStringLiteral("parisc64"), QStringLiteral("power64"),     QStringLiteral("power64le"),
+        QStringLiteral("riscv64"),  QStringLiteral("s390x"),       QStringLiteral("sparcv9"),
+        QStringLiteral("x86_64"),
+    };
+    return known.contains(name);
+}
+
 } // namespace SystemProfileParsers

@@ -57,5 +57,8 @@ quint64 memTotalBytes(const QString& text);
 quint64 hexBytes(const QString& text);
 // A sysfs address "aa:bb:..." in wmic's form "AA-BB-..."; empty when it is not an address.
 QString macAddressText(const QString& text);
+// Whether a processor architecture, named as QSysInfo names it, is a 64-bit one. Known names
+// decide, not a "64" in the name: s390x and sparcv9 are 64-bit without one.
+bool architectureIs64Bit(const QString& name);
 
 } // namespace SystemProfileParsers

@@ -94,7 +94,7 @@ Facts facts()
     facts.hostName = hostName();
     facts.userName = userName();
     facts.cpuArchitecture = QSysInfo::currentCpuArchitecture();
-    facts.is64Bit = facts.cpuArchitecture.contains(QLatin1String("64"));
+    facts.is64Bit = SystemProfileParsers::architectureIs64Bit(facts.cpuArchitecture);
     facts.memoryGiB = memoryGiB();
     return facts;
 }

@@ -91,8 +91,7 @@ bool FileHandle::open(const QString& path, int flags)
     if (fd < 0) {
         const int error = errno;
         qDebug().noquote() << QStringLiteral("FileHandle failed to open \"%1\". %2 (errno=%3)")
-                                  .arg(path, errorText(error))
-                                  .arg(error);
+                                  .arg(path, errorText(error), QString::number(error));
         return false;
     }
     d->fd = fd;
@@ -109,8 +108,7 @@ bool FileHandle::close()
     if (closeDescriptor(d->fd) != 0) {
         const int error = errno;
         qDebug().noquote() << QStringLiteral("Failed to close \"%1\". %2 (errno=%3)")
-                                  .arg(d->fileName, errorText(error))
-                                  .arg(error);
+                                  .arg(d->fileName, errorText(error), QString::number(error));
         return false;
     }
     d->fd = -1;
@@ -133,11 +131,8 @@ bool FileHandle::readExact(void* buffer, qint64 length)
     const int error = errno;
     qDebug().noquote() << QStringLiteral(
                               "Failed to read %1 bytes from \"%2\". Read only %3. %4 (errno=%5)")
-                              .arg(length)
-                              .arg(d->fileName)
-                              .arg(count)
-                              .arg(errorText(error))
-                              .arg(error);
+                              .arg(QString::number(length), d->fileName, QString::number(count),
+                                   errorText(error), QString::number(error));
     return false;
 }
 
@@ -150,9 +145,8 @@ bool FileHandle::read(void* buffer, qint64 length)
         return true;
     const int error = errno;
     qDebug().noquote() << QStringLiteral("Failed to read %1 bytes from \"%2\". %3 (errno=%4)")
-                              .arg(length)
-                              .arg(d->fileName, errorText(error))
-                              .arg(error);
+                              .arg(QString::number(length), d->fileName, errorText(error),
+                                   QString::number(error));
     return false;
 }
 
@@ -173,8 +167,7 @@ bool FileHandle::seek(qint64 offset, bool fromCurrent)
     if (seekDescriptor(d->fd, offset, fromCurrent ? SEEK_CUR : SEEK_SET) != -1)
         return true;
     qDebug().noquote() << QStringLiteral("Illegal file cursor seek with %1 for \"%2\"")
-                              .arg(offset)
-                              .arg(d->fileName);
+                              .arg(QString::number(offset), d->fileName);
     return false;
 }
 
@@ -188,9 +181,8 @@ bool FileHandle::write(const void* data, qint64 length)
     }
     const int error = errno;
     qDebug().noquote() << QStringLiteral("Failed to write %1 bytes to \"%2\". %3 (errno=%4)")
-                              .arg(length)
-                              .arg(d->fileName, errorText(error))
-                              .arg(error);
+                              .arg(QString::number(length), d->fileName, errorText(error),
+                                   QString::number(error));
     return false;
 }
 

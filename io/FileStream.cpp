@@ -38,8 +38,8 @@ bool FileStream::close()
     d->stream = nullptr;
     if (!closed) {
         qDebug().noquote() << QStringLiteral("Failed to close \"%1\". %2 (errno=%3)")
-                                  .arg(d->fileName, QString::fromLocal8Bit(std::strerror(error)))
-                                  .arg(error);
+                                  .arg(d->fileName, QString::fromLocal8Bit(std::strerror(error)),
+                                       QString::number(error));
     }
     return closed;
 }

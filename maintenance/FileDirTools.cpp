@@ -57,9 +57,28 @@ QString openRefusal(const QString& path, bool writing, bool checkDirectory, cons
     return checkDirectory ? tr(directory).arg(path) : QString();
 }
 
+QString errorName(int error)
+{
+    return QString::fromLocal8Bit(std::strerror(error));
+}
+
+// One multi-argument substitution: a path of its own may hold "%1".
 QString errnoText(const char* lead, const QString& path, int error)
 {
-    return tr(lead).arg(path, QString::fromLocal8Bit(std::strerror(error))).arg(error);
+    return tr(lead).arg(path, errorName(error), QString::number(error));
+}
+
+// Why the file cannot be opened as a descriptor, or an empty text.
+QString descriptorRefusal(const QString& path, bool writing)
+{
+    return openRefusal(
+        path, writing, true,
+        QT_TRANSLATE_NOOP("FileDirTools",
+                          "Failed to open \"%1\" as read only because it does not exist."),
+        QT_TRANSLATE_NOOP("FileDirTools", "Failed to open \"%1\" because it is not readable."),
+        QT_TRANSLATE_NOOP("FileDirTools",
+                          "Failed to open \"%1\" as writable because it is read only."),
+        QT_TRANSLATE_NOOP("FileDirTools", "Failed to open \"%1\" because it is a directory."));
 }
 
 bool plainCopy(const QString& source, const QString& destination, QString* errorText)
@@ -83,19 +102,33 @@ bool plainCopy(const QString& source, const QString& destination, QString* error
                  QCoreApplication::translate("FileDirTools", "Could not open output file."));
         return false;
     }
+    // Only the end of the file ends the copy: a read error would otherwise pass for it and leave
+    // a short destination behind a successful result.
     QByteArray buffer(copyChunk, Qt::Uninitialized);
-    bool ok = true;
+    QString failure;
     for (;;) {
         const qint64 count = FileDirPlatform::read(input, buffer.data(), copyChunk);
-        if (count > 0 && FileDirPlatform::write(output, buffer.constData(), count) != count)
-            ok = false;
-        if (!ok || count < copyChunk)
+        if (count == 0)
             break;
+        if (count < 0) {
+            failure = QCoreApplication::translate("FileDirTools", "Could not read input file. %1")
+                          .arg(errorName(errno));
+            break;
+        }
+        if (FileDirPlatform::write(output, buffer.constData(), count) != count) {
+            failure = QCoreApplication::translate("FileDirTools", "Could not write output file. %1")
+                          .arg(errorName(errno));
+            break;
+        }
     }
     FileDirPlatform::close(input);
-    if (FileDirPlatform::close(output) != 0)
-        ok = false;
-    return ok;
+    if (FileDirPlatform::close(output) != 0 && failure.isEmpty())
+        failure = QCoreApplication::translate("FileDirTools", "Could not write output file. %1")
+                      .arg(errorName(errno));
+    if (failure.isEmpty())
+        return true;
+    fail(errorText, failure);
+    return false;
 }
 
 } // namespace
@@ -166,8 +199,7 @@ bool moveToRecycleBin(const QString& path)
     const QString native = QDir::toNativeSeparators(path);
     if (FileDirPlatform::recycleBinHasPathLimit() && exceedsRecycleBinPathLimit(native)) {
         qDebug().noquote() << QStringLiteral("Max path %1 exceeded to put into Recycle Bin: %2")
-                                  .arg(recycleBinMaxPath - 2)
-                                  .arg(native);
+                                  .arg(QString::number(recycleBinMaxPath - 2), native);
         return false;
     }
     for (int attempt = 0; attempt < recycleBinTries; ++attempt) {
@@ -175,8 +207,7 @@ bool moveToRecycleBin(const QString& path)
         if (FileDirPlatform::moveToRecycleBin(native, status))
             return true;
         qDebug().noquote() << QStringLiteral("Failed to put into Recycle Bin: %1 (status=%2)")
-                                  .arg(native)
-                                  .arg(status);
+                                  .arg(native, QString::number(status));
         QThread::msleep(retryDelayMs);
     }
     return false;
@@ -196,13 +227,23 @@ bool copyFile(const QString& source, const QString& destination, bool keepTimes,
 {
     if (source == destination)
         return true;
+    // Nothing touches the destination before the source is known to be a readable file: a
+    // missing source or a folder must not empty it.
+    if (const QString refusal = descriptorRefusal(source, false); !refusal.isEmpty()) {
+        qDebug().noquote() << refusal;
+        setError(errorText,
+                 QCoreApplication::translate("FileDirTools", "Could not open input file."));
+        return false;
+    }
     FileDirPlatform::FileTimes times;
     const bool haveTimes = keepTimes && FileDirPlatform::readFileTimes(source, times);
     bool copied = false;
-    // A name differing only in case is the source itself on a case-insensitive file system; a
-    // case-sensitive one holds two files and gets a plain copy.
-    if (source.compare(destination, Qt::CaseInsensitive) == 0 && QFileInfo::exists(destination)
-        && FileDirPlatform::isSameFile(source, destination)) {
+    if (QFileInfo::exists(destination) && FileDirPlatform::isSameFile(source, destination)) {
+        // Another name of the source itself (a link, "dir/./name"): truncating the destination
+        // would empty the source. Only a name that differs in case is renamed, as a case-only
+        // rename on a case-insensitive file system.
+        if (source.compare(destination, Qt::CaseInsensitive) != 0)
+            return true;
         copied = QDir().rename(source, destination);
     } else {
         copied = FileDirPlatform::fastCopy(source, destination);
@@ -222,15 +263,21 @@ bool moveFile(const QString& source, const QString& destination, QString* errorT
     if (!QFileInfo::exists(source))
         return false;
     for (int attempt = 0; attempt < moveTries; ++attempt) {
-        if (FileDirPlatform::rename(source, destination))
+        const FileDirPlatform::RenameResult result = FileDirPlatform::rename(source, destination);
+        if (result == FileDirPlatform::RenameResult::Renamed)
             return true;
+        // Waiting cannot bring two file systems together: copy at once.
+        if (result == FileDirPlatform::RenameResult::OtherVolume)
+            break;
         qDebug().noquote()
             << QStringLiteral("Failed to MoveFileEx \"%1\" to \"%2\"").arg(source, destination);
         QThread::msleep(retryDelayMs);
     }
-    setError(errorText, QCoreApplication::translate("FileDirTools", "Could not rename file."));
-    if (!copyFile(source, destination))
+    // The source goes only once a complete copy stands in its place.
+    if (!copyFile(source, destination)) {
+        setError(errorText, QCoreApplication::translate("FileDirTools", "Could not rename file."));
         return false;
+    }
     if (!QDir().remove(source))
         qDebug().noquote() << QStringLiteral("Failed to remove %1").arg(source);
     return true;
@@ -240,15 +287,8 @@ int openChecked(const QString& path, int flags, QString* errorText)
 {
     if (path.isEmpty())
         return -1;
-    const QString refusal = openRefusal(
-        path, (flags & writeAccess) != 0, true,
-        QT_TRANSLATE_NOOP("FileDirTools",
-                          "Failed to open \"%1\" as read only because it does not exist."),
-        QT_TRANSLATE_NOOP("FileDirTools", "Failed to open \"%1\" because it is not readable."),
-        QT_TRANSLATE_NOOP("FileDirTools",
-                          "Failed to open \"%1\" as writable because it is read only."),
-        QT_TRANSLATE_NOOP("FileDirTools", "Failed to open \"%1\" because it is a directory."));
-    if (!refusal.isEmpty()) {
+    if (const QString refusal = descriptorRefusal(path, (flags & writeAccess) != 0);
+        !refusal.isEmpty()) {
         fail(errorText, refusal);
         return -1;
     }
@@ -297,7 +337,10 @@ bool createEmptyFile(const QString& path)
 
 bool removeFile(const QString& path)
 {
-    QFileInfo info(path);
+    const QFileInfo info(path);
+    // A link goes itself, even when what it points at is missing.
+    if (info.isSymbolicLink())
+        return QDir().remove(path);
     if (!info.exists())
         return false;
     // A read-only file could not be removed on Windows.

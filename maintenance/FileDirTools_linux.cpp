@@ -183,9 +183,11 @@ bool restoreFileTimes(const QString& path, const FileTimes& times)
     return ::utimensat(AT_FDCWD, encoded(path).constData(), values, 0) == 0;
 }
 
-bool rename(const QString& source, const QString& destination)
+RenameResult rename(const QString& source, const QString& destination)
 {
-    return ::rename(encoded(source).constData(), encoded(destination).constData()) == 0;
+    if (::rename(encoded(source).constData(), encoded(destination).constData()) == 0)
+        return RenameResult::Renamed;
+    return errno == EXDEV ? RenameResult::OtherVolume : RenameResult::Failed;
 }
 
 int open(const QString& path, int flags)

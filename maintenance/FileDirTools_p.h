@@ -17,7 +17,7 @@ bool recycleBinHasPathLimit();
 // One attempt; status is the system's result code when it fails.
 bool moveToRecycleBin(const QString& path, int& status);
 
-// Whether two existing names lead to the same file.
+// Whether two existing names lead to the same file: the same volume and the same file number.
 bool isSameFile(const QString& first, const QString& second);
 
 bool fastCopy(const QString& source, const QString& destination);
@@ -32,8 +32,14 @@ struct FileTimes
 bool readFileTimes(const QString& path, FileTimes& times);
 bool restoreFileTimes(const QString& path, const FileTimes& times);
 
+enum class RenameResult {
+    Renamed,
+    Failed,
+    // The system cannot move between these two file systems itself; retrying will not help.
+    OtherVolume,
+};
 // One replacing rename that may copy across volumes.
-bool rename(const QString& source, const QString& destination);
+RenameResult rename(const QString& source, const QString& destination);
 
 // flags are the C-runtime values of OpenFlags.
 int open(const QString& path, int flags);

@@ -40,11 +40,9 @@ bool moveToRecycleBin(const QString& path, int& status)
     return status == 0;
 }
 
-bool isSameFile(const QString&, const QString&)
+bool isSameFile(const QString& first, const QString& second)
 {
-    // Windows compares names without regard to case, so a name differing only in case is the
-    // same file.
-    return true;
+    return win32::isSameFile(native(first), native(second));
 }
 
 bool fastCopy(const QString& source, const QString& destination)
@@ -70,9 +68,11 @@ bool restoreFileTimes(const QString& path, const FileTimes& times)
     return win32::writeFileTimes(native(path), values);
 }
 
-bool rename(const QString& source, const QString& destination)
+RenameResult rename(const QString& source, const QString& destination)
 {
-    return win32::moveFile(native(source), native(destination));
+    // MoveFileExW copies across volumes itself.
+    return win32::moveFile(native(source), native(destination)) ? RenameResult::Renamed
+                                                                : RenameResult::Failed;
 }
 
 int open(const QString& path, int flags)

@@ -201,12 +201,13 @@ QList<UninstallEntry> uninstallEntries()
                         QDir::Files, QDirIterator::Subdirectories);
         while (it.hasNext()) {
             const QString path = it.next();
+            // Every entry is listed, as every uninstall key is; one without a program to run has
+            // no install location.
             const QString program =
                 execProgram(readStringValue(path, desktopEntryGroup, QStringLiteral("Exec")));
-            if (program.isEmpty())
-                continue;
-            const QString resolved =
-                QFileInfo(program).isAbsolute() ? program : QStandardPaths::findExecutable(program);
+            const QString resolved = program.isEmpty() || QFileInfo(program).isAbsolute()
+                                         ? program
+                                         : QStandardPaths::findExecutable(program);
             UninstallEntry entry;
             entry.InstallLocation =
                 resolved.isEmpty() ? QString() : QFileInfo(resolved).absolutePath();

@@ -44,6 +44,19 @@ bool supportsUnbufferedCopy()
            != FALSE;
 }
 
+bool fileIdentity(const std::wstring& path, BY_HANDLE_FILE_INFORMATION& information)
+{
+    // No access asked: only the file's attributes are read, and folders open as well.
+    HANDLE file =
+        CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return false;
+    const bool ok = GetFileInformationByHandle(file, &information) != FALSE;
+    CloseHandle(file);
+    return ok;
+}
+
 } // namespace
 
 bool folderPath(int kind, std::wstring& path)
@@ -71,6 +84,15 @@ int moveToRecycleBin(const std::wstring& nativePath)
     operation.pTo = nullptr;
     operation.fFlags = 0x654;
     return SHFileOperationW(&operation);
+}
+
+bool isSameFile(const std::wstring& first, const std::wstring& second)
+{
+    BY_HANDLE_FILE_INFORMATION a;
+    BY_HANDLE_FILE_INFORMATION b;
+    return fileIdentity(first, a) && fileIdentity(second, b)
+           && a.dwVolumeSerialNumber == b.dwVolumeSerialNumber
+           && a.nFileIndexHigh == b.nFileIndexHigh && a.nFileIndexLow == b.nFileIndexLow;
 }
 
 bool copyFile(const std::wstring& source, const std::wstring& destination)

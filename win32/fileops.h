@@ -13,6 +13,10 @@ bool folderPath(int kind, std::wstring& path);
 // shell's status, 0 on success.
 int moveToRecycleBin(const std::wstring& nativePath);
 
+// Whether two existing paths name one file: the same volume serial number and file index, as
+// for a hard link or a name differing only in case.
+bool isSameFile(const std::wstring& first, const std::wstring& second);
+
 // CopyFileExW, unbuffered where the system supports it.
 bool copyFile(const std::wstring& source, const std::wstring& destination);
 

@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QRegularExpression>
 #include <QTest>
+#include <QUrlQuery>
 
 using namespace Qt::StringLiterals;
 
@@ -75,6 +76,29 @@ private slots:
         // Local times are named by their UTC time.
         QCOMPARE(reportFolderName(first.toOffsetFromUtc(3600)),
                  u"Corvanta Support Report 2024-03-20T151207Z"_s);
+    }
+
+    void emailCarriesTheReportWhole_data()
+    {
+        QTest::addColumn<QString>("report");
+        QTest::newRow("ampersand and hash") << u"/home/a&b/#1\nbody=x\n"_s;
+        QTest::newRow("plus and percent") << u"1+1 %41 100%\n"_s;
+        QTest::newRow("non-ASCII, CRLF") << u"Grüße\r\nΩ"_s;
+    }
+
+    // Read back from the encoded URL, as the mail program gets it.
+    void emailCarriesTheReportWhole()
+    {
+        QFETCH(QString, report);
+        const QUrl url(QString::fromLatin1(emailUrl(report).toEncoded()), QUrl::StrictMode);
+        QVERIFY(url.isValid());
+        QCOMPARE(url.scheme(), u"mailto"_s);
+        QCOMPARE(url.path(), supportEmailAddress());
+        const QUrlQuery query(url);
+        QCOMPARE(query.queryItems().size(), 2);
+        QCOMPARE(query.queryItemValue(u"subject"_s, QUrl::FullyDecoded),
+                 u"Corvanta Support Report"_s);
+        QCOMPARE(query.queryItemValue(u"body"_s, QUrl::FullyDecoded), report);
     }
 
     void pictureIsTheStackOfImages_data()

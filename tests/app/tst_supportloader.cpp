@@ -2,6 +2,7 @@
 #include "SupportLoader.h"
 
 #include <QApplication>
+#include <QPointer>
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -94,6 +95,54 @@ private slots:
         QCOMPARE(dialog->windowTitle(), u"Corvanta Support"_s);
         QVERIFY(dialog->findChildren<QPushButton*>().isEmpty());
         QVERIFY(!dialog->isVisible());
+    }
+
+    void dialogCannotBeDismissed_data()
+    {
+        QTest::addColumn<bool>("escape"); // else a close request, as a window manager sends it
+        QTest::newRow("Esc") << true;
+        QTest::newRow("close request") << false;
+    }
+
+    // Neither ends the dialog, the program's only window while loading, before the pass does.
+    void dialogCannotBeDismissed()
+    {
+        QFETCH(bool, escape);
+        RecordingData::Journal journal;
+        const SupportDataTable table = RecordingData::table(allKinds, &journal);
+        RecordingData::in(table, 0)->loadMs = 2000;
+        SupportLoader loader(table.toWeakRef());
+        QSignalSpy finished(&loader, &SupportLoader::signalFinished);
+        QSignalSpy lastClosed(qApp, &QGuiApplication::lastWindowClosed);
+        loader.start();
+        const QPointer<QProgressDialog> dialog = progressDialog();
+        QVERIFY(dialog);
+        QTRY_VERIFY(dialog->isVisible());
+        QVERIFY(QTest::qWaitForWindowExposed(dialog));
+        if (escape)
+            QTest::keyClick(dialog, Qt::Key_Escape);
+        else
+            dialog->windowHandle()->close();
+        QTest::qWait(100);
+        QVERIFY(dialog && dialog->isVisible());
+        QVERIFY(finished.wait(10000));
+        QCOMPARE(journal.snapshot().size(), 2 * allKinds.size());
+        QCOMPARE(lastClosed.count(), 0);
+    }
+
+    // Quitting takes the loader down with the window, here while a collector is busy for longer
+    // than 10 s; the program must end without aborting.
+    void quitDuringASlowLoadEndsCleanly()
+    {
+        RecordingData::Journal journal;
+        const SupportDataTable table = RecordingData::table({0, 1}, &journal);
+        RecordingData::in(table, 0)->loadMs = 11000;
+        auto loader = std::make_unique<SupportLoader>(table.toWeakRef());
+        loader->start();
+        QTRY_COMPARE(journal.snapshot(), QStringList{u"begin:0"_s});
+        loader.reset();
+        QCOMPARE(journal.snapshot(), (QStringList{u"begin:0"_s, u"end:0"_s}));
+        QVERIFY(!progressDialog());
     }
 
     void emptyTableFinishesAtOnce()

@@ -54,6 +54,16 @@ private slots:
         QTEST(data.errors(), "expected");
     }
 
+    // The offscreen platform of these tests makes up its one screen: there is no display server.
+    void offscreenHasNoScreens()
+    {
+        SupportDisplayData data;
+        data.load();
+        QCOMPARE(*data.text(),
+                 u"No display server could be reached, so there are no screens to describe.<br>"_s);
+        QVERIFY(data.errors().isEmpty());
+    }
+
     void rendering_data()
     {
         QTest::addColumn<double>("dpi");

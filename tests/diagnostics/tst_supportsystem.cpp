@@ -1,4 +1,5 @@
 #include "FileSystemListing.h"
+#include "SupportReportRun.h"
 #include "SupportSystemData.h"
 #include "SupportSystemTab.h"
 #include "TestEnvironment.h"
@@ -27,12 +28,13 @@ const QByteArray addressTarget = "/?format=json";
 const QByteArray probeTarget = "/myip.php";
 const QUrl nowhere(u"http://127.0.0.1:1/"_s);
 
-// Answers each request with the next body queued for its target ("" when none is left); a null
-// body is never answered. Keeps the request heads it saw.
+// Answers each request with the next body queued for its target ("" when none is left), after
+// the delay; a null body is never answered. Keeps the request heads it saw.
 struct LoopbackServer : QTcpServer
 {
     QMap<QByteArray, QByteArrayList> bodies;
     QByteArrayList heads;
+    int delayMs = 0;
 
     LoopbackServer()
     {
@@ -47,9 +49,11 @@ struct LoopbackServer : QTcpServer
                     const QByteArray body = queue.isEmpty() ? QByteArray("") : queue.takeFirst();
                     if (body.isNull())
                         return;
-                    socket->write("HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: "
-                                  + QByteArray::number(body.size()) + "\r\n\r\n" + body);
-                    socket->disconnectFromHost();
+                    QTimer::singleShot(delayMs, socket, [socket, body] {
+                        socket->write("HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: "
+                                      + QByteArray::number(body.size()) + "\r\n\r\n" + body);
+                        socket->disconnectFromHost();
+                    });
                 });
         });
     }
@@ -151,13 +155,17 @@ private slots:
     {
         QTest::addColumn<QString>("output");
         QTest::addColumn<QString>("expected");
+        // Only the count after its own key changes, never the same digits elsewhere.
         QTest::newRow("disk, same digits elsewhere")
             << u"FreeSpace    : 1073741824\r\nSize         : 256060514304\r\n"
                "VolumeName   : 256060514304\r\n"_s
-            << u"FreeSpace    : 1 GB\r\nSize         : 238.5 GB\r\nVolumeName   : 238.5 GB\r\n"_s;
+            << u"FreeSpace    : 1 GB\r\nSize         : 238.5 GB\r\nVolumeName   : 256060514304\r\n"_s;
+        QTest::newRow("full disk")
+            << u"DeviceID   : /dev/loop0\r\nSize       : 4096\r\nFreeSpace  : 0\r\n"_s
+            << u"DeviceID   : /dev/loop0\r\nSize       : 4 KB\r\nFreeSpace  : 0 bytes\r\n"_s;
         QTest::newRow("digits inside a longer number")
-            << u"Size : 10\r\nSerial : 2010\r\n"_s
-            << u"Size : 10 bytes\r\nSerial : 2010 bytes\r\n"_s;
+            << u"Size : 1024\r\nFreeSpace : 1024000000\r\nSerial : 2010\r\n"_s
+            << u"Size : 1 KB\r\nFreeSpace : 976.6 MB\r\nSerial : 2010\r\n"_s;
         QTest::newRow("no count to rewrite") << u"size : 2048\r\nZ: \\\\nas\\share\r\n"_s
                                              << u"size : 2048\r\nZ: \\\\nas\\share\r\n"_s;
     }
@@ -217,6 +225,22 @@ private slots:
         QVERIFY2(lastSection.startsWith(u"System\n\nOperating System:   "_s), qPrintable(text));
         QVERIFY(lastSection.contains(u"\nWinInet:            Error\n"_s));
         QVERIFY(lastSection.endsWith(u"\n\n"_s));
+    }
+
+    // Without a page to show a late answer on, the headless report waits for it.
+    void headlessReportWaitsForTheAddress()
+    {
+        TestEnvironment home;
+        LoopbackServer server;
+        server.delayMs = 3000;
+        server.bodies[addressTarget] = {R"({"ip":"203.0.113.7"})"};
+        server.bodies[probeTarget] = {"x"};
+        const auto table = SupportDataTable::create();
+        table->emplace(SystemDataKind, std::make_unique<SupportSystemData>(
+                                           server.url("/"), server.url(probeTarget)));
+        loadAllSupportData(*table);
+        const QString text = *findSupportData(*table, SystemDataKind)->text();
+        QVERIFY2(text.contains(u"  203.0.113.7<br><br>WinInet:            OK"_s), qPrintable(text));
     }
 
     // The button below the text: a cancelled folder choice runs nothing; each chosen folder adds
@@ -304,6 +328,7 @@ private slots:
         SupportSystemData data(server.url("/"), server.url(probeTarget));
         SupportSystemTab tab(&data);
         QSignalSpy replies(&data, &SupportSystemData::signalExternalIpFinished);
+        QSignalSpy probes(&data, &SupportSystemData::signalProbeFinished);
         // Errors of an earlier request are not shown once the next one starts.
         emit data.signalSslErrors({QSslError(QSslError::SelfSignedCertificate)});
 
@@ -313,6 +338,8 @@ private slots:
             if (addressBodies.at(i).isNull())
                 QCOMPARE(replies.size(), i);
             QVERIFY(replies.size() == i + 1 || replies.wait(20000));
+            // The probe runs beside the page and shows its answer when it ends.
+            QVERIFY(probeBody.isNull() || probes.size() == i + 1 || probes.wait(20000));
         }
         QTest::qWait(300);
 

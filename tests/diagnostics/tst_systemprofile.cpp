@@ -227,6 +227,18 @@ private slots:
                                  << u"02-FC-00-0A-BC-01"_s;
         QTest::newRow("address empty") << macAddressText({}) << QString();
         QTest::newRow("address malformed") << macAddressText(u"02:fc:0:0a:bc:01"_s) << QString();
+        // Known names decide: s390x and sparcv9 carry no "64".
+        for (const auto& [name, width] : {std::pair{"x86_64", "64"},
+                                          {"arm64", "64"},
+                                          {"s390x", "64"},
+                                          {"sparcv9", "64"},
+                                          {"power64le", "64"},
+                                          {"i386", "32"},
+                                          {"arm", "32"},
+                                          {"s390", "32"}})
+            QTest::addRow("width of %s", name)
+                << (architectureIs64Bit(QString::fromLatin1(name)) ? u"64"_s : u"32"_s)
+                << QString::fromLatin1(width);
     }
 
     void linuxFiles()

@@ -10,6 +10,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSet>
+#include <QStorageInfo>
 #include <QTest>
 
 #include <sys/stat.h>
@@ -176,7 +177,8 @@ private slots:
     {
         RUN_AS_NOBODY_WHEN_ROOT();
         TestEnvironment home;
-        const QString folder = home.path(u"locked"_s);
+        // "%1" in the path must not take the status meant for the message.
+        const QString folder = home.path(u"locked x%1y"_s);
         const QString file = folder + u"/kept.txt"_s;
         QVERIFY(putFile(file, "kept"));
         QVERIFY(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
@@ -197,19 +199,23 @@ private slots:
     void copyFile_data()
     {
         QTest::addColumn<QString>("destination"); // empty: the source itself
-        QTest::addColumn<bool>("existing");
+        QTest::addColumn<QString>("made");        // what stands there first
         QTest::addColumn<bool>("keepTimes");
-        QTest::newRow("keep times") << "keep " + oddName << false << true;
-        QTest::newRow("new times") << "new " + oddName << true << false;
+        QTest::newRow("keep times") << u"keep "_s + oddName << QString() << true;
+        QTest::newRow("new times") << u"new "_s + oddName << u"old file"_s << false;
         // Two files on a case-sensitive system, so the copy must not rename the source away.
-        QTest::newRow("other case") << "SOURCE other case" << true << false;
-        QTest::newRow("same path") << "" << true << true;
+        QTest::newRow("other case") << u"SOURCE other case"_s << u"old file"_s << false;
+        QTest::newRow("same path") << QString() << QString() << true;
+        // The source under another name: nothing may be emptied, and nothing needs copying.
+        QTest::newRow("symbolic link") << u"link"_s << u"symbolic link"_s << true;
+        QTest::newRow("hard link") << u"hard link"_s << u"hard link"_s << true;
+        QTest::newRow("through a dot") << u"./source through a dot"_s << QString() << true;
     }
 
     void copyFile()
     {
         QFETCH(QString, destination);
-        QFETCH(bool, existing);
+        QFETCH(QString, made);
         QFETCH(bool, keepTimes);
         const QString source = path(u"source "_s + QTest::currentDataTag());
         destination = destination.isEmpty() ? source : path(destination);
@@ -217,7 +223,12 @@ private slots:
         QVERIFY(putFile(source, "copy me") && file.open(QIODevice::ReadWrite));
         QVERIFY(file.setFileTime(oldTime, QFile::FileModificationTime));
         file.close();
-        QVERIFY(!existing || destination == source || putFile(destination, "old"));
+        if (made == u"old file"_s)
+            QVERIFY(putFile(destination, "old"));
+        else if (made == u"symbolic link"_s)
+            QVERIFY(QFile::link(source, destination));
+        else if (made == u"hard link"_s)
+            QCOMPARE(::link(QFile::encodeName(source), QFile::encodeName(destination)), 0);
         QString error;
         QVERIFY(::copyFile(source, destination, keepTimes && destination != source, &error));
         QVERIFY(error.isEmpty());
@@ -226,24 +237,50 @@ private slots:
         QCOMPARE(QFileInfo(destination).lastModified().toUTC() == oldTime, keepTimes);
     }
 
-    // The fallback's texts when the copy cannot start; nothing is left behind.
+    void copyFailures_data()
+    {
+        QTest::addColumn<QString>("source");
+        QTest::addColumn<QString>("destination");
+        QTest::addColumn<QByteArray>("before"); // null: no destination yet
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("logged"); // the log line that tells why
+        QVERIFY(putFile(path(u"existing.txt"_s), "x") && QDir().mkpath(path(u"a folder"_s)));
+        QTest::newRow("missing source")
+            << path(u"missing.txt"_s) << path(u"out.txt"_s) << QByteArray()
+            << u"Could not open input file."_s
+            << u"Failed to open \"%1\" as read only because it does not exist."_s.arg(
+                   path(u"missing.txt"_s));
+        // Checked before the destination is opened: an existing one keeps its content.
+        QTest::newRow("folder as source")
+            << path(u"a folder"_s) << path(u"kept.txt"_s) << QByteArray("kept")
+            << u"Could not open input file."_s
+            << u"Failed to open \"%1\" because it is a directory."_s.arg(path(u"a folder"_s));
+        QTest::newRow("no folder for the copy")
+            << path(u"existing.txt"_s) << path(u"no folder/out.txt"_s) << QByteArray()
+            << u"Could not create empty file."_s
+            << u"Failed to CopyFileEx \"%1\" to \"%2\""_s.arg(path(u"existing.txt"_s),
+                                                              path(u"no folder/out.txt"_s));
+        // The kernel answers a read of this file's first page with EIO: a read error is no end.
+        QTest::newRow("read error") << u"/proc/self/mem"_s << path(u"memory.bin"_s) << QByteArray()
+                                    << u"Could not read input file. Input/output error"_s
+                                    << u"Could not read input file. Input/output error"_s;
+    }
+
     void copyFailures()
     {
-        const auto failure = [](const QString& source, const QString& destination) {
-            MessageLog log;
-            QString text;
-            const bool copied = ::copyFile(source, destination, true, &text);
-            const QString line = u"Failed to CopyFileEx \"%1\" to \"%2\""_s;
-            return copied || QFileInfo::exists(destination)
-                           || !log.messages().contains(line.arg(source, destination))
-                       ? u"<copied, or not logged>"_s
-                       : text;
-        };
-        QVERIFY(putFile(path(u"existing.txt"_s), "x"));
-        QCOMPARE(failure(path(u"missing.txt"_s), path(u"out.txt"_s)),
-                 u"Could not open input file."_s);
-        QCOMPARE(failure(path(u"existing.txt"_s), path(u"no folder/out.txt"_s)),
-                 u"Could not create empty file."_s);
+        QFETCH(QString, source);
+        QFETCH(QString, destination);
+        QFETCH(QByteArray, before);
+        QFETCH(QString, text);
+        QFETCH(QString, logged);
+        QVERIFY(before.isNull() || putFile(destination, before));
+        MessageLog log;
+        QString error;
+        QVERIFY(!::copyFile(source, destination, true, &error));
+        QCOMPARE(error, text);
+        QVERIFY2(log.messages().contains(logged), qPrintable(log.messages().join('\n')));
+        if (!before.isNull())
+            QCOMPARE(fileBytes(destination), before);
     }
 
     void moveFile()
@@ -269,6 +306,42 @@ private slots:
         QCOMPARE(fileBytes(destination), QByteArray("new"));
     }
 
+    // Another file system: copied at once, without retries; the source goes only after a whole
+    // copy.
+    void moveFileAcrossFileSystems()
+    {
+        const QString source = path(u"across.txt"_s);
+        const QString elsewhere = u"/dev/shm/corvanta-move-%1.txt"_s.arg(::getpid());
+        QVERIFY(putFile(source, "moved"));
+        QVERIFY2(QStorageInfo(source).rootPath() != QStorageInfo(u"/dev/shm"_s).rootPath(),
+                 "the test needs /dev/shm on a file system of its own");
+        MessageLog log;
+        QString error;
+        QVERIFY(::moveFile(source, elsewhere, &error));
+        const QByteArray moved = fileBytes(elsewhere);
+        QFile::remove(elsewhere);
+        QCOMPARE(moved, QByteArray("moved"));
+        QVERIFY(!QFileInfo::exists(source) && error.isEmpty() && log.messages().isEmpty());
+        // A read error cuts the copy short: a failed move.
+        QVERIFY(!::moveFile(u"/proc/self/mem"_s, path(u"memory.bin"_s), &error));
+        QCOMPARE(error, u"Could not rename file."_s);
+    }
+
+    // A link goes; what it points at stays as it was. Root writes to read-only files anyway, so
+    // only as nobody would a change of their permissions show.
+    void removeFileLeavesLinkTargets()
+    {
+        RUN_AS_NOBODY_WHEN_ROOT();
+        const QString target = path(u"read-only target"_s);
+        QVERIFY(putFile(target, "kept") && QFile::setPermissions(target, QFile::ReadOwner));
+        QVERIFY(QFile::link(target, path(u"link"_s)));
+        QVERIFY(QFile::link(path(u"missing"_s), path(u"dangling"_s)));
+        QVERIFY(::removeFile(path(u"link"_s)) && ::removeFile(path(u"dangling"_s)));
+        QVERIFY(!QFileInfo(path(u"link"_s)).isSymbolicLink());
+        QVERIFY(!QFileInfo(path(u"dangling"_s)).isSymbolicLink());
+        QCOMPARE(::permissionsText(target, true), u"-r--------"_s);
+    }
+
     void openChecked_data()
     {
         QTest::addColumn<QString>("file");
@@ -289,6 +362,9 @@ private slots:
         };
         row("missing", missing, 0, false, " as read only because it does not exist.");
         row("errno", inMissingFolder, 0, true, ". No such file or directory (errno=2)");
+        // "%1" in a path must not take the values meant for the message.
+        row("errno, %1 in the path", path(u"x%1y/file.txt"_s), 0, true,
+            ". No such file or directory (errno=2)");
         row("unreadable", guarded, 0200, true, " because it is not readable.");
         row("read only", guarded, 0400, true, " as writable because it is read only.");
         QDir().mkpath(path(u"a folder"_s));

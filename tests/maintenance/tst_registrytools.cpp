@@ -192,9 +192,10 @@ private slots:
                                  entry.DisplayVersion}
                          .join('|');
         }
+        // Nothing is filtered out: an entry without a program has no install location.
         QCOMPARE(sorted(found),
                  (QStringList{"Corvanta|corvanta|" + QFileInfo(shell).absolutePath() + "|5.2.1",
-                              "Viewer||/opt/Corvanta Viewer|"}));
+                              "Link|||", "Viewer||/opt/Corvanta Viewer|"}));
     }
 
     void environmentRoundTrip()
@@ -253,10 +254,11 @@ private slots:
         row("associations", "enormous", mimeapps,
             design + "\nx/y=" + QByteArray(5 * 1024 * 1024, 'x') + '\n');
         row("programs", "good", desktop, entry, "Corvanta");
-        row("programs", "without Exec", desktop, named);
-        row("programs", "Exec in another group", desktop, named + "[Desktop Action X]\nExec=x\n");
+        row("programs", "without Exec", desktop, named, "Corvanta");
+        row("programs", "Exec in another group", desktop, named + "[Desktop Action X]\nExec=x\n",
+            "Corvanta");
         row("programs", "not UTF-8", desktop, entry + "Comment=\xff\n");
-        row("programs", "enormous Exec", desktop, named + "Exec=" + huge + '\n');
+        row("programs", "enormous Exec", desktop, named + "Exec=" + huge + '\n', "Corvanta");
         row("environment", "good", environmentFile(), "QT_AUTO_SCREEN_SCALE_FACTOR=0\n", "0");
         row("environment", "malformed", environmentFile(), "QT_AUTO_SCREEN_SCALE_FACTOR\n");
         row("environment", "not UTF-8", environmentFile(), "QT_AUTO_SCREEN_SCALE_FACTOR=0\xff\n");

@@ -43,8 +43,10 @@ void RecordingData::load()
         m_journal->add(u"begin:%1"_s.arg(m_kind), &m_journal->loadThreads);
         // Long enough that an overlapping load of another collector would show in the journal.
         QThread::msleep(20);
-        m_journal->add(u"end:%1"_s.arg(m_kind));
     }
+    QThread::msleep(loadMs);
+    if (m_journal)
+        m_journal->add(u"end:%1"_s.arg(m_kind));
     *text() = fakeText;
 }
 

@@ -43,6 +43,8 @@ public:
     QImage fakeImage;
     QStringList links;
     bool mainThreadWork = false;
+    // How much longer than usual load() takes.
+    unsigned long loadMs = 0;
 
 private:
     int m_kind;

@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -50,12 +51,33 @@ TEST(FolderPath, FourKindsGiveFoldersOthersFail)
     EXPECT_EQ(path, L"unchanged");
 }
 
-TEST_F(FileOps, TrashedFileLeavesItsFolder)
+// Wine's Recycle Bin is the freedesktop trash of XDG_DATA_HOME, seen here through drive Z:. A
+// permanent delete would empty the folder too, so the file is looked for in the trash.
+TEST_F(FileOps, TrashedFileIsInTheTrash)
 {
-    const std::wstring path = file(L"a.txt", "trash me");
+    const char* dataHome = std::getenv("XDG_DATA_HOME");
+    ASSERT_NE(dataHome, nullptr);
+    const fs::path trash = fs::path("Z:" + std::string(dataHome)) / "Trash";
+    const std::wstring name = L"trashed_" + std::to_wstring(GetCurrentProcessId()) + L".txt";
+    const std::wstring path = file(name.c_str(), "trash me");
     EXPECT_EQ(win32::moveToRecycleBin(path), 0);
     EXPECT_FALSE(fs::exists(path));
+    EXPECT_EQ(content((trash / "files" / name).wstring()), "trash me");
+    EXPECT_TRUE(fs::remove(trash / "info" / (name + L".trashinfo")));
+    fs::remove(trash / "files" / name);
     EXPECT_NE(win32::moveToRecycleBin(path), 0) << "a missing file cannot be trashed";
+}
+
+TEST_F(FileOps, SameFileByVolumeAndIndex)
+{
+    const std::wstring source = file(L"a.txt", "one");
+    const std::wstring other = file(L"b.txt", "one");
+    const std::wstring link = file(L"link.txt");
+    ASSERT_TRUE(CreateHardLinkW(link.c_str(), source.c_str(), nullptr));
+    EXPECT_TRUE(win32::isSameFile(source, link));
+    EXPECT_TRUE(win32::isSameFile(source, (folder / L"." / L"A.TXT").wstring()));
+    EXPECT_FALSE(win32::isSameFile(source, other));
+    EXPECT_FALSE(win32::isSameFile(source, file(L"missing.txt")));
 }
 
 TEST_F(FileOps, CopyKeepsContentAndRestoredTimes)
