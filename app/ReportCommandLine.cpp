@@ -179,7 +179,8 @@ int ReportCommandLine::finish(const QByteArray& output, bool differs,
     if (!savedFolder.isEmpty())
         sayOnError(tr("saved the report in \"%1\"").arg(savedFolder));
     if (!print(output))
-        return fail(tr("cannot write: %1").arg(QString::fromLocal8Bit(std::strerror(errno))));
+        return fail(
+            tr("cannot write the report: %1").arg(QString::fromLocal8Bit(std::strerror(errno))));
     return differs ? Differs : Done;
 }
 
