@@ -8,7 +8,7 @@ void loadAllSupportData(const SupportDataMap& table)
     // of after them: on a silent network the report waits once, for at most 10 s.
     auto* system = dynamic_cast<SupportSystemData*>(findSupportData(table, SystemDataKind));
     if (system)
-        system->startNetwork();
+        system->startAhead();
     for (const auto& [kind, data] : table) {
         if (!data)
             continue;

@@ -20,6 +20,6 @@ QString connectivityProbeAgent();
 // Calls answer, on context's thread, with whether a request for the URL could go anywhere: false
 // only when no proxy carries it and its host name does not resolve. Such a request fails anyway,
 // and readying TLS for it would cost more than the rest of the System page on a machine without
-// a network. Answers at once for a proxy or an address; a lookup's answer comes through the event
+// a network. Answers at once for an address; otherwise the answer comes through context's event
 // loop, and none comes once context is gone.
 void whenReachable(const QUrl& url, QObject* context, const std::function<void(bool)>& answer);

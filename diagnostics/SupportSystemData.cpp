@@ -63,8 +63,9 @@ struct SupportSystemData::Private
     bool addressPending = false;
     int addressRequests = 0;
     bool lookingUp = false;
-    // Asked by startNetwork() for the next load, which then asks nothing again.
+    // Asked by startAhead() for the next load, which then asks nothing again.
     bool networkStarted = false;
+    std::unique_ptr<QThread> profileThread;
     // The first load renders on the loader's thread while answers arrive on the collector's;
     // rendering asks errors(), which takes it again.
     mutable QRecursiveMutex mutex;
@@ -87,6 +88,8 @@ SupportSystemData::SupportSystemData(const QUrl& addressServiceUrl, const QUrl& 
 
 SupportSystemData::~SupportSystemData()
 {
+    if (d->profileThread)
+        d->profileThread->wait();
     // Asked to, the probe gives up at once; on Windows it ends within its own bound.
     if (d->probeThread) {
         d->probeThread->requestInterruption();
@@ -221,7 +224,7 @@ void SupportSystemData::addressAnswered(QNetworkReply* reply)
     emit signalExternalIpFinished(reply);
 }
 
-void SupportSystemData::startNetwork()
+void SupportSystemData::startAhead()
 {
     // The probe first: on its own thread it readies TLS, when a request goes out at all, while
     // this thread collects.
@@ -229,6 +232,13 @@ void SupportSystemData::startNetwork()
     lookUpLocalAddresses();
     requestExternalAddress();
     d->networkStarted = true;
+    // The profile reads the machine only, but takes as long as a collector; load() waits for it
+    // if it is not done yet.
+    if (!d->profileThread) {
+        d->profileThread.reset(QThread::create([] { SystemProfile::instance(); }));
+        d->profileThread->setObjectName(QStringLiteral("SystemProfile"));
+        d->profileThread->start();
+    }
 }
 
 void SupportSystemData::lookUpLocalAddresses()

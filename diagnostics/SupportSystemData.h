@@ -57,11 +57,11 @@ public:
     void externalIpFinished(QNetworkReply* reply);
     void setBenchmarkText(const QString& text);
 
-    // For callers without a page, such as the headless report. startNetwork() asks the network's
-    // questions ahead of load(), which then asks nothing again, so their waits run beside the
-    // rest of the report; waitForNetwork() runs an event loop until the address reply, the
-    // connectivity probe and the host lookup are in, at most 10 s.
-    void startNetwork();
+    // For callers without a page, such as the headless report. startAhead() asks the network's
+    // questions and builds the machine profile ahead of load(), which then asks nothing again,
+    // so their waits run beside the other collectors; waitForNetwork() runs an event loop until
+    // the address reply, the connectivity probe and the host lookup are in, at most 10 s.
+    void startAhead();
     void waitForNetwork();
 
 signals:
