@@ -1,0 +1,212 @@
+#include "FileDirTools.h"
+#include "ProductHome.h"
+#include "ReportFragments.h"
+#include "RunAsNobody.h"
+#include "SupportPermissionsData.h"
+#include "SupportPermissionsTab.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScopeGuard>
+#include <QTest>
+#include <QTimer>
+
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+class tst_SupportPermissions : public QObject
+{
+    Q_OBJECT
+
+    ProductHome m_home;
+    QString data(const QString& relative) const { return m_home.dataFolder() + '/' + relative; }
+
+private slots:
+    void initTestCase()
+    {
+        QCoreApplication::setOrganizationName(u"Kelvanmoor"_s);
+        QVERIFY(m_home.isValid());
+    }
+
+    void init() { QVERIFY(m_home.prepare()); }
+
+    void walk_data()
+    {
+        QTest::addColumn<QString>("setup");
+        QTest::addColumn<QStringList>("lines"); // after the data folder, below it unless absolute
+        QTest::addColumn<QStringList>("errors");
+        const QString preferences = m_home.preferences() + " OK";
+        const QStringList usual{"temp OK", "temp/session.tmp OK", "userUUID.txt OK", preferences};
+        QTest::newRow("links and a loop")
+            << "links" << QStringList{"link OK", "loop OK"} + usual << QStringList();
+        QTest::newRow("preferences only")
+            << "preferences"
+            << QStringList{m_home.path(".config/Kelvanmoor/corvanta-recent.list OK")}
+            << QStringList();
+        QTest::newRow("read-only file") << "read-only" << QStringList{"a.txt Not Writable"} + usual
+                                        << QStringList{"1 paths are not writable."};
+        QTest::newRow("unreadable folder") << "unreadable" << QStringList{"a OK",
+                                                                          "locked Not Writable",
+                                                                          "temp OK",
+                                                                          "temp/session.tmp OK",
+                                                                          "userUUID.txt OK",
+                                                                          "z.txt OK",
+                                                                          preferences}
+                                           << QStringList{"1 paths are not writable."};
+    }
+
+    // Every entry below the product's folders, each once; links are not followed, unreadable
+    // folders passed by.
+    void walk()
+    {
+        QFETCH(QString, setup);
+        QFETCH(QStringList, lines);
+        QFETCH(QStringList, errors);
+        if (setup == u"read-only"_s || setup == u"unreadable"_s)
+            RUN_AS_NOBODY_WHEN_ROOT();
+        const auto unlock = qScopeGuard([&] {
+            QFile::setPermissions(data(u"locked"_s),
+                                  QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        });
+        if (setup == u"links"_s) {
+            QVERIFY(putFile(m_home.path(u"outside/a.txt"_s), "a"));
+            QVERIFY(QFile::link(m_home.path(u"outside"_s), data(u"link"_s)));
+            QVERIFY(QFile::link(m_home.dataFolder(), data(u"loop"_s)));
+        } else if (setup == u"preferences"_s) {
+            QVERIFY(QDir(m_home.dataFolder()).removeRecursively());
+            QVERIFY(QFile::rename(m_home.preferences(),
+                                  m_home.path(u".config/Kelvanmoor/corvanta-recent.list"_s)));
+            QVERIFY(putFile(m_home.path(u".config/Kelvanmoor/Other.ini"_s), "x"));
+        } else if (setup == u"read-only"_s) {
+            QVERIFY(putFile(data(u"a.txt"_s), "a")
+                    && QFile::setPermissions(data(u"a.txt"_s), QFile::ReadOwner));
+        } else {
+            QVERIFY(putFile(data(u"locked/inside.txt"_s), "i") && putFile(data(u"z.txt"_s), "z")
+                    && QDir().mkpath(data(u"a"_s)));
+            QVERIFY(QFile::setPermissions(data(u"locked"_s), {}));
+        }
+        SupportPermissionsData collector;
+        collector.load();
+        QCOMPARE(collector.errors(), errors);
+        QStringList expected;
+        if (setup != u"preferences"_s)
+            expected << ' ' + m_home.dataFolder() + " OK";
+        for (const QString& line : lines)
+            expected << ' ' + (line.startsWith('/') ? line : data(line));
+        QString plain = htmlToPlainText(*collector.text());
+        if (!errors.isEmpty())
+            plain = plain.section(u"\n\n"_s, 1);
+        expected.sort();
+        QCOMPARE(plain.split('\n', Qt::SkipEmptyParts), expected);
+    }
+
+    void removeThroughTheLabel_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("quote") << "o'brien.txt";
+        QTest::newRow("double quote") << "say \"hi\"";
+        QTest::newRow("ampersand") << "a&amp;b";
+        QTest::newRow("markup") << "a<b>c";
+        QTest::newRow("percent") << "100%25 %41";
+        QTest::newRow("hash") << "#1 design";
+        QTest::newRow("spaces") << "  two  spaces ";
+        QTest::newRow("newline") << "two\nlines";
+        QTest::newRow("non-ASCII") << "Grüße Ωmega ✓";
+        QString longName = u"long"_s;
+        while (m_home.dataFolder().size() + longName.size() < 3790)
+            longName += '/' + QString(200, 'd');
+        longName += '/' + QString(3998 - m_home.dataFolder().size() - longName.size(), 'f');
+        QTest::newRow("4000 bytes") << longName;
+    }
+
+    // The "Remove" link of exactly that path, activated from the keyboard in the real label,
+    // puts only that path into the trash, from which it comes back unchanged.
+    void removeThroughTheLabel()
+    {
+        QFETCH(QString, name);
+        const QString target = data(name);
+        QVERIFY(putFile(target, "bytes \0\xff of "_ba + name.toUtf8()));
+        QVERIFY(putFile(data(u"sibling.txt"_s), "sibling"));
+        const auto before = treeSnapshot(m_home.dataFolder());
+        SupportPermissionsData collector;
+        collector.load();
+        SupportPermissionsTab page(&collector);
+        page.updateContent();
+        page.show();
+        page.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&page));
+        auto* label = page.findChild<QLabel*>();
+        label->setFocus();
+        const QString html = *collector.text();
+        const qsizetype links =
+            html.left(html.indexOf(removeLink("deletePath" + target))).count(u"<a "_s);
+        for (qsizetype i = 0; i <= links; ++i)
+            QTest::keyClick(label, Qt::Key_Tab);
+        QTest::keyClick(label, Qt::Key_Return);
+
+        auto expected = before;
+        expected.remove(target);
+        QCOMPARE(treeSnapshot(m_home.dataFolder()), expected);
+        QVERIFY(!label->text().contains(fileLink(target)));
+        const QString listed = trashList();
+        QCOMPARE(listed.count(m_home.dataFolder()), 1);
+        QVERIFY2(listed.contains(' ' + target + '\n'), qPrintable(listed));
+        QVERIFY(trashRestore(m_home.dataFolder()));
+        QCOMPARE(treeSnapshot(m_home.dataFolder()), before);
+    }
+
+    void checkDialogs_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QString>("path"); // empty: cancelled
+        QTest::newRow("file") << "Check File" << m_home.preferences();
+        QTest::newRow("folder") << "Check Folder" << m_home.dataFolder();
+        QTest::newRow("cancelled") << "Check File" << QString();
+    }
+
+    void checkDialogs()
+    {
+        QFETCH(QString, button);
+        QFETCH(QString, path);
+        SupportPermissionsData collector;
+        SupportPermissionsTab page(&collector);
+        page.updateContent();
+        QStringList seen;
+        QTimer answer;
+        // The file dialog fills its list in the background, so it is answered once it shows the
+        // path.
+        connect(&answer, &QTimer::timeout, [&] {
+            if (auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
+                if (seen.isEmpty())
+                    seen << dialog->windowTitle();
+                if (path.isEmpty())
+                    dialog->reject();
+                else if (dialog->selectedFiles() == QStringList{path})
+                    static_cast<QDialog*>(dialog)->accept();
+                else
+                    dialog->findChild<QLineEdit*>(u"fileNameEdit"_s)->setText(path);
+            } else if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                seen << box->windowTitle() + '|' + box->text();
+                box->accept();
+            }
+        });
+        answer.start(50);
+        for (QPushButton* candidate : page.findChildren<QPushButton*>()) {
+            if (candidate->text() == button)
+                candidate->click();
+        }
+        QStringList expected{button == u"Check File"_s ? u"Choose File"_s : u"Choose Folder"_s};
+        if (!path.isEmpty())
+            expected << "|Path:\n" + path + "\n\nPermissions:\n" + permissionsText(path, false);
+        QCOMPARE(seen, expected);
+    }
+};
+
+QTEST_MAIN(tst_SupportPermissions)
+#include "tst_supportpermissions.moc"
