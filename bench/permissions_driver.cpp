@@ -3,7 +3,6 @@
 #include "SupportPermissionsTab.h"
 
 #include <QElapsedTimer>
-#include <QLabel>
 #include <QWindow>
 
 #include <cstdio>
@@ -39,7 +38,7 @@ int main(int argc, char** argv)
     page.show();
     while (!page.windowHandle() || !page.windowHandle()->isExposed())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
-    page.findChild<QLabel*>()->repaint();
+    page.repaint();
     const double pageMs = double(timer.nsecsElapsed()) / 1e6;
 
     std::printf("%lld %.1f %.1f %ld\n",

@@ -4,6 +4,8 @@
 
 #include <memory>
 
+class QTextBrowser;
+
 // The permissions page: the collector's list, and a look at the permissions of any file or folder
 // the user picks.
 class SupportPermissionsTab : public SupportTab
@@ -16,11 +18,16 @@ public:
 
     void updateContent() override;
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private slots:
     void slotCheckFile();
     void slotCheckFolder();
 
 private:
+    QTextBrowser* createView();
+    void showList();
     void showPermissions(const QString& path);
 
     struct Private;
