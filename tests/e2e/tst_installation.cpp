@@ -3,7 +3,6 @@
 
 #include <QDBusArgument>
 #include <QDBusConnection>
-#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
@@ -15,10 +14,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-using Environment = QMap<QString, QString>;
-
-// The program's widgets as the desktop's accessibility bus shows them to assistive tools, so the
-// test finds a button or a page tab by its name and clicks where it is on the screen.
+// The program's widgets as the desktop's accessibility bus shows them to assistive tools: the test
+// finds a button or a page tab by its name, and clicks where it is on the screen.
 class AccessibleProgram
 {
 public:
@@ -31,18 +28,21 @@ public:
     };
 
     AccessibleProgram()
-        : m_bus(QDBusConnection::connectToBus(address(), u"accessibility"_s))
+        : m_bus(
+            QDBusConnection::connectToBus(answer(QDBusConnection::sessionBus(), u"org.a11y.Bus"_s,
+                                                 u"/org/a11y/bus"_s, u"org.a11y.Bus.GetAddress"_s)
+                                              .toString(),
+                                          u"accessibility"_s))
     {}
     ~AccessibleProgram() { QDBusConnection::disconnectFromBus(u"accessibility"_s); }
 
-    // Everything showing in the program's windows, or nothing until it has registered.
+    // What shows of the program, in the order of its widget tree; nothing until it registered.
     QList<Item> items()
     {
         QList<Item> found;
-        const QString registry = u"org.a11y.atspi.Registry"_s;
-        const QString root = u"/org/a11y/atspi/accessible/root"_s;
-        for (int i = 0, count = property(registry, root, u"ChildCount"_s).toInt(); i < count; ++i) {
-            const auto [service, path] = child(registry, root, i);
+        const auto root =
+            std::pair{u"org.a11y.atspi.Registry"_s, u"/org/a11y/atspi/accessible/root"_s};
+        for (const auto& [service, path] : children(root)) {
             if (property(service, path, u"Name"_s).toString() == u"Corvanta"_s)
                 walk(service, path, found);
         }
@@ -59,65 +59,67 @@ public:
     }
 
 private:
-    static QString address()
+    using Node = std::pair<QString, QString>; // service, object path
+
+    static QVariant answer(const QDBusConnection& bus, const QString& service, const QString& path,
+                           const QString& method, const QVariantList& arguments = {})
     {
-        const QDBusMessage reply =
-            QDBusConnection::sessionBus().call(QDBusMessage::createMethodCall(
-                u"org.a11y.Bus"_s, u"/org/a11y/bus"_s, u"org.a11y.Bus"_s, u"GetAddress"_s));
-        return reply.arguments().value(0).toString();
+        const qsizetype dot = method.lastIndexOf('.');
+        QDBusMessage message =
+            QDBusMessage::createMethodCall(service, path, method.left(dot), method.mid(dot + 1));
+        message.setArguments(arguments);
+        return bus.call(message).arguments().value(0);
     }
 
-    QDBusMessage call(const QString& service, const QString& path, const QString& interface,
-                      const QString& method, const QVariantList& arguments = {})
+    QVariant call(const Node& node, const QString& method, const QVariantList& arguments = {})
     {
-        QDBusMessage message = QDBusMessage::createMethodCall(service, path, interface, method);
-        message.setArguments(arguments);
-        return m_bus.call(message);
+        return answer(m_bus, node.first, node.second, method, arguments);
     }
 
     QVariant property(const QString& service, const QString& path, const QString& name)
     {
-        const QDBusMessage reply = call(service, path, u"org.freedesktop.DBus.Properties"_s,
-                                        u"Get"_s, {u"org.a11y.atspi.Accessible"_s, name});
-        return reply.arguments().value(0).value<QDBusVariant>().variant();
+        return call({service, path}, u"org.freedesktop.DBus.Properties.Get"_s,
+                    {u"org.a11y.atspi.Accessible"_s, name})
+            .value<QDBusVariant>()
+            .variant();
     }
 
-    std::pair<QString, QString> child(const QString& service, const QString& path, int index)
+    QList<Node> children(const Node& node)
     {
-        const QDBusMessage reply =
-            call(service, path, u"org.a11y.atspi.Accessible"_s, u"GetChildAtIndex"_s, {index});
-        const QDBusArgument argument = reply.arguments().value(0).value<QDBusArgument>();
-        QString childService;
-        QDBusObjectPath childPath;
-        argument.beginStructure();
-        argument >> childService >> childPath;
-        argument.endStructure();
-        return {childService, childPath.path()};
+        QList<Node> result;
+        for (int i = 0, count = property(node.first, node.second, u"ChildCount"_s).toInt();
+             i < count; ++i) {
+            const auto child = call(node, u"org.a11y.atspi.Accessible.GetChildAtIndex"_s, {i})
+                                   .value<QDBusArgument>();
+            QString service;
+            QDBusObjectPath path;
+            child.beginStructure();
+            child >> service >> path;
+            child.endStructure();
+            result.append({service, path.path()});
+        }
+        return result;
     }
 
     void walk(const QString& service, const QString& path, QList<Item>& found)
     {
-        const QString accessible = u"org.a11y.atspi.Accessible"_s;
-        const QDBusMessage state = call(service, path, accessible, u"GetState"_s);
-        const auto states = qdbus_cast<QList<uint>>(state.arguments().value(0));
-        constexpr uint enabled = 1u << 8, showing = 1u << 25;
-        if (states.isEmpty() || !(states.first() & showing))
+        const Node node{service, path};
+        const auto states =
+            qdbus_cast<QList<uint>>(call(node, u"org.a11y.atspi.Accessible.GetState"_s));
+        if (states.isEmpty() || !(states.first() & (1u << 25))) // not showing
             return;
-        const QDBusMessage extents = call(service, path, u"org.a11y.atspi.Component"_s,
-                                          u"GetExtents"_s, {QVariant::fromValue(0u)});
-        const QDBusArgument box = extents.arguments().value(0).value<QDBusArgument>();
+        const auto box =
+            call(node, u"org.a11y.atspi.Component.GetExtents"_s, {QVariant::fromValue(0u)})
+                .value<QDBusArgument>();
         int x = 0, y = 0, width = 0, height = 0;
         box.beginStructure();
         box >> x >> y >> width >> height;
         box.endStructure();
-        found.append(
-            {call(service, path, accessible, u"GetRoleName"_s).arguments().value(0).toString(),
-             property(service, path, u"Name"_s).toString(), QRect(x, y, width, height),
-             (states.first() & enabled) != 0});
-        for (int i = 0, count = property(service, path, u"ChildCount"_s).toInt(); i < count; ++i) {
-            const auto [childService, childPath] = child(service, path, i);
+        found.append({call(node, u"org.a11y.atspi.Accessible.GetRoleName"_s).toString(),
+                      property(service, path, u"Name"_s).toString(), QRect(x, y, width, height),
+                      (states.first() & (1u << 8)) != 0});
+        for (const auto& [childService, childPath] : children(node))
             walk(childService, childPath, found);
-        }
     }
 
     QDBusConnection m_bus;
@@ -137,6 +139,7 @@ private slots:
         ProductHome home;
         QVERIFY(home.isValid() && home.prepare());
         // The accessibility bus is started on demand by this session's bus: in this home too.
+        using Environment = QMap<QString, QString>;
         qDBusRegisterMetaType<Environment>();
         QDBusMessage update = QDBusMessage::createMethodCall(
             u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s,
@@ -168,10 +171,9 @@ private slots:
             }
             return program.find(u"label"_s, u"Application Data:"_s).name + '|' + enabled;
         };
-        const auto waitFor = [&](const std::function<bool()>& done) {
+        const auto waitFor = [](const std::function<bool()>& done) {
             return QTest::qWaitFor(done, 20000);
         };
-        const QString data = home.dataFolder();
         const QString before = page();
         QVERIFY2(before.contains(u"(User):\n.cvd      Remove\n"_s)
                      && before.endsWith(u"|Remove A Repair P Remove P Remove A "_s),
@@ -188,20 +190,19 @@ private slots:
             [&] { return fileBytes(home.preferences()) == ProductHome::repairedPreferences; }));
 
         QVERIFY(click(u"push button"_s, u"Remove Preferences"_s));
-        QVERIFY(waitFor([&] { return !QFileInfo::exists(home.preferences()); }));
         QVERIFY(waitFor([&] { return page().endsWith(u"|Repair P Remove A "_s); }));
+        QVERIFY(!QFileInfo::exists(home.preferences()));
         QVERIFY(trashList().contains(' ' + home.preferences() + '\n'));
 
         QVERIFY(click(u"push button"_s, u"Remove All Application Data"_s));
-        QVERIFY(waitFor([&] { return !QFileInfo::exists(data); }));
         QVERIFY(waitFor([&] { return page().endsWith(u"|Repair P "_s); }));
-        QVERIFY(
-            page().contains(u"\nApplication Data:   "_s + data + u" - Does Not Exist Remove\n"_s));
+        QVERIFY(page().contains("\nApplication Data:   " + home.dataFolder()
+                                + " - Does Not Exist Remove\n"));
         const QString listed = trashList();
-        QVERIFY2(listed.contains(' ' + data + '\n')
+        QCOMPARE(listed.count(home.path(QString())), 3);
+        QVERIFY2(listed.contains(' ' + home.dataFolder() + '\n')
                      && listed.contains(' ' + home.path(u".cache/Corvanta"_s) + '\n'),
                  qPrintable(listed));
-        QCOMPARE(listed.count(home.path(QString())), 3);
     }
 };
 

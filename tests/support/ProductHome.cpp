@@ -1,5 +1,6 @@
 #include "ProductHome.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -25,6 +26,8 @@ ProductHome::ProductHome()
     : m_savedConfigDirs(qgetenv("XDG_CONFIG_DIRS"))
     , m_savedDataDirs(qgetenv("XDG_DATA_DIRS"))
 {
+    // The product's preferences are found under the organization's name, as the program sets it.
+    QCoreApplication::setOrganizationName(u"Kelvanmoor"_s);
     qputenv("XDG_CONFIG_DIRS", path(u"system-config"_s).toUtf8());
     qputenv("XDG_DATA_DIRS", path(u"system-data"_s).toUtf8());
     // The design types and their extensions, read by every later MIME look-up of this process.
