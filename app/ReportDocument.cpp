@@ -57,7 +57,7 @@ QList<QPair<int, QString>> ReportDocument::Section::lines() const
     return lines;
 }
 
-ReportDocument ReportDocument::fromTable(const SupportDataMap& table)
+ReportDocument ReportDocument::fromTable(const SupportDataMap& table, bool withFields)
 {
     ReportDocument document;
     document.generated = reportStartTime();
@@ -67,8 +67,9 @@ ReportDocument ReportDocument::fromTable(const SupportDataMap& table)
         if (!data)
             continue;
         const QString* page = data->text();
-        document.sections.append(
-            {kind, data->name(), data->errors(), renderedFields(page), htmlToPlainText(*page)});
+        document.sections.append({kind, data->name(), data->errors(),
+                                  withFields ? renderedFields(page) : QList<ReportField>(),
+                                  htmlToPlainText(*page)});
     }
     return document;
 }

@@ -30,8 +30,9 @@ struct ReportDocument
     QString version;
     QList<Section> sections; // ascending kind
 
-    // Generated at the program's start, as every report of this run.
-    static ReportDocument fromTable(const SupportDataMap& table);
+    // Generated at the program's start, as every report of this run. The plain text alone needs
+    // no fields.
+    static ReportDocument fromTable(const SupportDataMap& table, bool withFields = true);
     // The plain-text report, the text "Copy Report" gives.
     QString text() const;
 };

@@ -61,7 +61,7 @@ QString supportEmailAddress()
 
 QString reportText(const SupportDataMap& table)
 {
-    return ReportDocument::fromTable(table).text();
+    return ReportDocument::fromTable(table, false).text();
 }
 
 void copyReport(const SupportDataMap& table)

@@ -55,12 +55,16 @@ int main(int argc, char** argv)
     if (!laterPath.isEmpty() && !readReport(laterPath, &later, &reason))
         return commandLine.fail(QStringLiteral("%1: %2").arg(laterPath, reason));
 
+    const bool saving = !commandLine.saveFolder().isEmpty();
+    const bool asJson = commandLine.format() == ReportCommandLine::JsonFormat;
     QImage picture;
     if (laterPath.isEmpty()) {
         const SupportDataTable table = createSupportDataTable();
         loadAllSupportData(*table);
-        later = ReportDocument::fromTable(*table);
-        if (!commandLine.saveFolder().isEmpty())
+        // The fields are for the JSON, the redaction and the comparison.
+        later = ReportDocument::fromTable(*table, asJson || saving || commandLine.redacts()
+                                                      || !earlierPath.isEmpty());
+        if (saving)
             picture = reportPicture(*table);
     }
     if (commandLine.redacts()) {
@@ -71,9 +75,9 @@ int main(int argc, char** argv)
     }
 
     const QString text = later.text();
-    const QByteArray json = reportJson(later);
+    const QByteArray json = asJson || saving ? reportJson(later) : QByteArray();
     QString folder;
-    if (!commandLine.saveFolder().isEmpty()
+    if (saving
         && !saveReportBundle(commandLine.saveFolder(), QDateTime::currentDateTimeUtc(), text,
                              picture, json, &folder))
         return commandLine.fail(
@@ -83,7 +87,5 @@ int main(int argc, char** argv)
         const QString differences = reportDifferences(earlier, later);
         return commandLine.finish(differences.toUtf8(), !differences.isEmpty(), folder);
     }
-    return commandLine.finish(commandLine.format() == ReportCommandLine::JsonFormat ? json
-                                                                                    : text.toUtf8(),
-                              false, folder);
+    return commandLine.finish(asJson ? json : text.toUtf8(), false, folder);
 }

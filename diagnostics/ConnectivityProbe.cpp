@@ -1,5 +1,6 @@
 #include "ConnectivityProbe.h"
 
+#include <QCoreApplication>
 #include <QHostAddress>
 #include <QHostInfo>
 #include <QNetworkProxyFactory>
@@ -19,17 +20,14 @@ void whenReachable(const QUrl& url, QObject* context, const std::function<void(b
         answer(true);
         return;
     }
-    // The proxy the network manager would take resolves the host itself. Asking for it can read
-    // the desktop's settings, so it is asked beside the calling thread.
-    auto proxied = std::make_shared<std::atomic<bool>>(false);
-    QThread* asking = QThread::create([url, proxied] {
+    // The proxy the network manager would take resolves the host itself.
+    const auto proxyCarries = [url] {
         const QList<QNetworkProxy> proxies =
             QNetworkProxyFactory::proxyForQuery(QNetworkProxyQuery(url));
-        proxied->store(!proxies.isEmpty() && proxies.constFirst().type() != QNetworkProxy::NoProxy);
-    });
-    QObject::connect(asking, &QThread::finished, asking, &QObject::deleteLater);
-    QObject::connect(asking, &QThread::finished, context, [url, context, answer, proxied] {
-        if (proxied->load()) {
+        return !proxies.isEmpty() && proxies.constFirst().type() != QNetworkProxy::NoProxy;
+    };
+    const auto lookUp = [url, context, answer](bool proxied) {
+        if (proxied) {
             answer(true);
             return;
         }
@@ -37,6 +35,15 @@ void whenReachable(const QUrl& url, QObject* context, const std::function<void(b
         QHostInfo::lookupHost(url.host(), context, [answer](const QHostInfo& host) {
             answer(!host.addresses().isEmpty());
         });
-    });
+    };
+    if (QThread::currentThread() != QCoreApplication::instance()->thread()) {
+        lookUp(proxyCarries());
+        return;
+    }
+    auto proxied = std::make_shared<std::atomic<bool>>(false);
+    QThread* asking = QThread::create([proxyCarries, proxied] { proxied->store(proxyCarries()); });
+    QObject::connect(asking, &QThread::finished, asking, &QObject::deleteLater);
+    QObject::connect(asking, &QThread::finished, context,
+                     [lookUp, proxied] { lookUp(proxied->load()); });
     asking->start();
 }

@@ -21,5 +21,6 @@ QString connectivityProbeAgent();
 // only when no proxy carries it and its host name does not resolve. Such a request fails anyway,
 // and readying TLS for it would cost more than the rest of the System page on a machine without
 // a network. Answers at once for an address; otherwise the answer comes through context's event
-// loop, and none comes once context is gone.
+// loop, and none comes once context is gone. The proxy question can read the desktop's settings,
+// so the GUI thread has it asked on a thread of its own.
 void whenReachable(const QUrl& url, QObject* context, const std::function<void(bool)>& answer);

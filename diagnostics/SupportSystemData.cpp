@@ -226,13 +226,12 @@ void SupportSystemData::addressAnswered(QNetworkReply* reply)
 
 void SupportSystemData::startAhead()
 {
-    // The probe first: on its own thread it readies TLS, when a request goes out at all, while
-    // this thread collects.
+    // Each answers through the event loop; none holds this thread while it collects.
     startProbe();
     lookUpLocalAddresses();
     requestExternalAddress();
     d->networkStarted = true;
-    // The profile reads the machine only, but takes as long as a collector; load() waits for it
+    // The profile reads only the machine, but takes as long as a collector; load() waits for it
     // if it is not done yet.
     if (!d->profileThread) {
         d->profileThread.reset(QThread::create([] { SystemProfile::instance(); }));
@@ -263,16 +262,23 @@ void SupportSystemData::startProbe()
     // A probe still running gives the latest answer when it ends.
     if (d->probing)
         return;
-    if (d->probeThread)
-        d->probeThread->wait();
-    auto answered = std::make_shared<std::atomic<bool>>(false);
-    d->probeThread.reset(QThread::create(
-        [url = d->probeUrl, answered] { answered->store(probeConnectivity(url)); }));
-    d->probeThread->setObjectName(QStringLiteral("ConnectivityProbe"));
-    connect(d->probeThread.get(), &QThread::finished, this,
-            [this, answered] { probeFinished(answered->load()); });
     d->probing = true;
-    d->probeThread->start();
+    // A probe with nowhere to go needs no thread.
+    whenReachable(d->probeUrl, this, [this](bool reachable) {
+        if (!reachable) {
+            probeFinished(false);
+            return;
+        }
+        if (d->probeThread)
+            d->probeThread->wait();
+        auto answered = std::make_shared<std::atomic<bool>>(false);
+        d->probeThread.reset(QThread::create(
+            [url = d->probeUrl, answered] { answered->store(probeConnectivity(url)); }));
+        d->probeThread->setObjectName(QStringLiteral("ConnectivityProbe"));
+        connect(d->probeThread.get(), &QThread::finished, this,
+                [this, answered] { probeFinished(answered->load()); });
+        d->probeThread->start();
+    });
 }
 
 void SupportSystemData::probeFinished(bool answered)

