@@ -21,14 +21,10 @@ private slots:
         QTest::newRow("kilobyte") << kb << "1 KB" << u"1.0 KB"_s;
         QTest::newRow("one and a half") << kb * 3 / 2 << "1.5 KB" << u"1.5 KB"_s;
         QTest::newRow("rounded after the unit") << mb - 1 << "1024 KB" << u"1024.0 KB"_s;
-        QTest::newRow("megabyte") << mb << "1 MB" << u"1.0 MB"_s;
         QTest::newRow("half up") << mb + 104858 << "1.1 MB" << u"1.1 MB"_s;
-        QTest::newRow("gigabytes") << 5 * mb * kb << "5 GB" << u"5.0 GB"_s;
-        QTest::newRow("terabytes") << 3 * tb << "3 TB" << u"3.0 TB"_s;
         QTest::newRow("beyond terabytes stays in TB") << 2048 * tb << "2048 TB" << u"2048.0 TB"_s;
         QTest::newRow("negative is never scaled")
             << qint64(-5000) << "-5000 bytes" << u"-5000.0 bytes"_s;
-        QTest::newRow("minus one") << qint64(-1) << "-1 bytes" << u"-1.0 bytes"_s;
     }
 
     void formatBytes()

@@ -2,12 +2,9 @@
 #include "FileHandle.h"
 #include "FileStream.h"
 #include "MessageLog.h"
-#include "RunAsNobody.h"
 #include "TestEnvironment.h"
 
 #include <QTest>
-
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -149,21 +146,6 @@ private slots:
         QCOMPARE(fileBytes(file), QByteArray("0123456789abcdeXY"));
         QVERIFY(putFile(path(u"other"_s), "abc") && handle.open(path(u"other"_s), -1));
         QCOMPARE(handle.size(), 3);
-    }
-
-    // Root may write anywhere, so the denial is checked again as nobody.
-    void readOnlyFileForWriting()
-    {
-        RUN_AS_NOBODY_WHEN_ROOT();
-        const QString file = path(u"read only"_s);
-        QVERIFY(putFile(file, "kept") && QFile::setPermissions(file, QFile::ReadOwner));
-        MessageLog log;
-        QVERIFY(FileHandle(file, OpenWriteOnly).isClosed());
-        const QStringList messages = log.messages();
-        QCOMPARE(messages.value(0),
-                 u"Failed to open \"%1\" as writable because it is read only."_s.arg(file));
-        QVERIFY(messages.value(1).startsWith(u"FileHandle failed to open \"%1\". "_s.arg(file)));
-        QCOMPARE(fileBytes(file), QByteArray("kept"));
     }
 
     void fileStream()

@@ -78,14 +78,3 @@ TEST(ProcessorSpeed, IsTheRegistryValueInDecimal)
     EXPECT_EQ(win32::processorSpeedText(),
               std::to_wstring(std::stoul(listing.substr(hex + 2), nullptr, 16)));
 }
-
-// Wine's wmic ignores /Format:list and answers with a UTF-16 table, so there are no "Key=Value"
-// items for the profile to find: its fallbacks are what runs here.
-TEST(Wmic, AnswersWithAUtf16Table)
-{
-    const std::string answer = run(L"wmic /interactive:off cpu get AddressWidth /Format:list");
-    ASSERT_GE(answer.size(), 2u);
-    EXPECT_EQ(answer.substr(0, 2), std::string("\xFF\xFE"));
-    EXPECT_EQ(answer.find(std::string("=\0", 2)), std::string::npos);
-    EXPECT_NE(answer.find(std::string("W\0i\0d\0t\0h\0\r\0\n\0", 14)), std::string::npos);
-}
