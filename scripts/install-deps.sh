@@ -8,7 +8,7 @@ packages=(
     xvfb xauth xdotool xclip x11-utils trash-cli xdg-utils dbus dbus-x11 shared-mime-info
     fonts-dejavu-core openssl curl librsvg2-bin
     g++-mingw-w64-x86-64-posix wine64 googletest
-    dpkg-dev file lintian desktop-file-utils appstream qt6-translations-l10n
+    dpkg-dev file lintian desktop-file-utils appstream qt6-translations-l10n iproute2
 )
 
 missing=()

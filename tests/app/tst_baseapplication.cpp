@@ -29,7 +29,9 @@ private slots:
         }
     }
 
-    void shutdownDeletesRegisteredObjects()
+    // The event loop flag holds only inside exec(); at shutdown the registered objects go, after
+    // the signal that they are about to.
+    void lifecycle()
     {
         QPointer<QObject> kept = new QObject;
         QPointer<QObject> deletedEarly = new QObject;
@@ -38,6 +40,15 @@ private slots:
         {
             BaseApplication application(u"Test"_s, u"1"_s, m_argc, m_argv);
             QCOMPARE(BaseApplication::instance(), &application);
+            bool inLoop = false;
+            QTimer::singleShot(0, &application, [&] {
+                inLoop = application.isInEventLoop();
+                application.slotTryQuitting();
+            });
+            QVERIFY(!application.isInEventLoop());
+            QCOMPARE(application.exec(), 0);
+            QVERIFY(inLoop && !application.isInEventLoop());
+
             connect(&application, &BaseApplication::signalPrepareForDestruction, this,
                     [&] { keptAliveWhenPrepared = !kept.isNull(); });
             application.deleteBeforeShutdown(kept);
@@ -52,20 +63,6 @@ private slots:
         QVERIFY(keptAliveWhenPrepared);
         QVERIFY(kept.isNull());
         QVERIFY(fromThread.isNull());
-    }
-
-    void eventLoopFlag()
-    {
-        BaseApplication application(u"Test"_s, u"1"_s, m_argc, m_argv);
-        bool inLoop = false;
-        QTimer::singleShot(0, &application, [&] {
-            inLoop = application.isInEventLoop();
-            application.slotTryQuitting();
-        });
-        QVERIFY(!application.isInEventLoop());
-        QCOMPARE(application.exec(), 0);
-        QVERIFY(inLoop);
-        QVERIFY(!application.isInEventLoop());
     }
 
     void windowsErrorText_data()

@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QLabel>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -13,15 +14,11 @@
 #include <QTest>
 #include <QTimer>
 
-#include <net/if.h>
-#include <sys/ioctl.h>
 #include <sys/mount.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <climits>
 #include <cstdio>
-#include <cstring>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -30,21 +27,6 @@ namespace {
 
 // The suite runs again inside a private network and mount namespace of its own.
 const char insideVariable[] = "CORVANTA_SILENT_NETWORK";
-
-// A new network namespace starts with its loopback interface down.
-bool bringLoopbackUp()
-{
-    const int fd = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    if (fd < 0)
-        return false;
-    ifreq request{};
-    std::strncpy(request.ifr_name, "lo", IFNAMSIZ - 1);
-    bool up = ::ioctl(fd, SIOCGIFFLAGS, &request) == 0;
-    request.ifr_flags |= IFF_UP;
-    up = up && ::ioctl(fd, SIOCSIFFLAGS, &request) == 0;
-    ::close(fd);
-    return up;
-}
 
 } // namespace
 
@@ -63,7 +45,8 @@ private slots:
     void initTestCase()
     {
         QVERIFY2(qEnvironmentVariableIsSet(insideVariable), "not in a private namespace");
-        QVERIFY(bringLoopbackUp());
+        // A new network namespace starts with its loopback interface down.
+        QCOMPARE(QProcess::execute(u"ip"_s, {u"link"_s, u"set"_s, u"lo"_s, u"up"_s}), 0);
         const QString hosts = m_files.filePath(u"hosts"_s);
         QVERIFY(
             putFile(hosts, "127.0.0.1 localhost\n127.0.0.2 api.ipify.org www.kelvanmoor.com\n"));

@@ -1,3 +1,4 @@
+#include "BasicTextProcessor.h"
 #include "FileDirTools.h"
 #include "FileHandle.h"
 #include "FileStream.h"
@@ -8,7 +9,8 @@
 
 using namespace Qt::StringLiterals;
 
-class tst_FileHandle : public QObject
+// File handles and streams, and the byte counts texts show.
+class tst_Io : public QObject
 {
     Q_OBJECT
 
@@ -16,6 +18,30 @@ class tst_FileHandle : public QObject
     QString path(const QString& relative) const { return m_environment.path(relative); }
 
 private slots:
+    void formatBytes_data()
+    {
+        QTest::addColumn<qint64>("bytes");
+        QTest::addColumn<QString>("plain");
+        QTest::addColumn<QString>("withDecimal");
+        const qint64 kb = 1024, mb = kb * kb, tb = mb * mb;
+        QTest::newRow("zero") << qint64(0) << "0 bytes" << u"0.0 bytes"_s;
+        QTest::newRow("one") << qint64(1) << "1 byte" << u"1 byte"_s;
+        QTest::newRow("below a kilobyte") << kb - 1 << "1023 bytes" << u"1023.0 bytes"_s;
+        QTest::newRow("kilobyte") << kb << "1 KB" << u"1.0 KB"_s;
+        QTest::newRow("one and a half") << kb * 3 / 2 << "1.5 KB" << u"1.5 KB"_s;
+        QTest::newRow("rounded after the unit") << mb - 1 << "1024 KB" << u"1024.0 KB"_s;
+        QTest::newRow("half up") << mb + 104858 << "1.1 MB" << u"1.1 MB"_s;
+        QTest::newRow("beyond terabytes stays in TB") << 2048 * tb << "2048 TB" << u"2048.0 TB"_s;
+        QTest::newRow("negative is never scaled")
+            << qint64(-5000) << "-5000 bytes" << u"-5000.0 bytes"_s;
+    }
+
+    void formatBytes()
+    {
+        QFETCH(qint64, bytes);
+        QTEST(BasicTextProcessor::formatBytes(bytes, false), "plain");
+        QTEST(BasicTextProcessor::formatBytes(bytes, true), "withDecimal");
+    }
     void failures_data()
     {
         QTest::addColumn<QString>("call");
@@ -160,5 +186,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_FileHandle)
-#include "tst_filehandle.moc"
+QTEST_GUILESS_MAIN(tst_Io)
+#include "tst_io.moc"
