@@ -67,10 +67,6 @@ private slots:
         QTest::newRow("no errors") << errors({}) << "";
         QTest::newRow("errors, placeholders kept")
             << errors({"%1 and %2", "b"}) << "Errors:<br>1. %1 and %2<br>2. b";
-        QTest::newRow("line breaks")
-            << lineBreaks(-1) + lineBreaks(0) + lineBreaks(2) << "<br><br>";
-        QTest::newRow("field text") << field("OS:", "Linux") << "before|OS:                 Linux";
-        QTest::newRow("field true") << field("Writable:", true) << "before|Writable:           Yes";
         QTest::newRow("field with note and suffix")
             << field("RAM:", 8, "low", "GB") << "before|RAM:                8 - low GB";
         QTest::newRow("field null with note")
@@ -83,8 +79,6 @@ private slots:
                                   << "  family              Mono  x  ";
         QTest::newRow("link with attributes")
             << link("t", "h", "class=x") << "<a href='h' class=x>t</a>";
-        QTest::newRow("action") << actionLink("Clear", "clearTemp")
-                                << "<a href='#clearTemp' >Clear</a>";
         QTest::newRow("remove")
             << removeLink("deletePath/tmp/x")
             << "<a href='#deletePath/tmp/x' style=\"color: #bb0000\";>Remove</a>";
@@ -95,10 +89,6 @@ private slots:
                                  "/home/Zoë o'brien/a&amp;b&lt;c&gt;&quot;d&quot;</a>";
         QTest::newRow("percent and control characters")
             << actionLink("x", "p/100%41\nb\tc") << "<a href='#p/100%2541%0Ab%09c' >x</a>";
-        QTest::newRow("words")
-            << QStringList{presenceText(true), presenceText(false), yesNo(true), yesNo(false)}.join(
-                   '|')
-            << "Present|Not Present|Yes|No";
         // The plain report: tags and action links gone, other links keep their words.
         QTest::newRow("plain") << htmlToPlainText("a<br>b " + removeLink("deletePath/x")
                                                   + " Temp: " + actionLink("Clear", "clearTemp")
