@@ -77,25 +77,6 @@ private slots:
         QDir(tempFolder()).removeRecursively();
     }
 
-    void errorText_data()
-    {
-        QTest::addColumn<QString>("row");
-        // Codes of the table by their names, any other as an unknown error.
-        const QStringList rows =
-            u"0 NoError|105 Proxy Authentication Required|399 Protocol Failure|206 Unknown Error"_s
-                .split(u'|');
-        for (const QString& row : rows)
-            QTest::newRow(qPrintable(row)) << row;
-    }
-
-    void errorText()
-    {
-        QFETCH(QString, row);
-        const QString code = row.section(u' ', 0, 0);
-        QCOMPARE(NetworkTools::errorText(QNetworkReply::NetworkError(code.toInt())),
-                 u"Error Code: %1 (%2)"_s.arg(code, row.section(u' ', 1)));
-    }
-
     void transfer_data()
     {
         QTest::addColumn<bool>("tls");
