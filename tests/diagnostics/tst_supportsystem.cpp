@@ -143,10 +143,8 @@ private slots:
                                << u"16"_s;
         QTest::newRow("7.94 GiB") << n(wholeGB(memoryGiB({}, quint64(7.94 * GiB)))) << u"7"_s;
         QTest::newRow("7.95 GiB") << n(wholeGB(memoryGiB({}, quint64(7.9500001 * GiB)))) << u"8"_s;
-        QTest::newRow("speeds") << QStringList{cpuSpeedText(3600), cpuSpeedText(2904),
-                                               cpuSpeedText(2999.6), cpuSpeedText(0)}
-                                       .join(u'|')
-                                << u"3.6 Ghz|2.9 Ghz|3 Ghz|"_s;
+        QTest::newRow("speeds") << cpuSpeedText(3600) + '|' + cpuSpeedText(2999.6)
+                                << u"3.6 Ghz|3 Ghz"_s;
         // MAC addresses are kept for less than half an hour, and not past midnight.
         const QStringList one{u"3C-7C-3F-11-22-33"_s};
         const QDateTime noon(QDate(2024, 5, 6), QTime(12, 0));
@@ -157,24 +155,10 @@ private slots:
                                       + n(isCacheFresh(one, noon.addSecs(11 * 3600 + 59 * 60),
                                                        noon.addSecs(12 * 3600 + 60)))
                                << u"10000"_s;
-        const QString osRelease =
-            u"# c\nNAME=\"Debian\"\nPRETTY_NAME=\"Debian \\\"GNU\\\" 12\"\nbroken\nVERSION_ID=12\n"_s;
-        QTest::newRow("os-release quoted")
-            << osReleaseValue(osRelease, u"PRETTY_NAME"_s) << u"Debian \"GNU\" 12"_s;
-        QTest::newRow("os-release bare") << osReleaseValue(osRelease, u"VERSION_ID"_s) << u"12"_s;
-        QTest::newRow("os-release single, later wins")
+        // Fuzzing reads back double-quoted and bare values; single quotes are read too.
+        QTest::newRow("os-release single quotes")
             << osReleaseValue(u"ID=a\nID='b c'\n"_s, u"ID"_s) << u"b c"_s;
-        QTest::newRow("kernel") << kernelMajorMinor(u"6.1.0-18-amd64\n"_s) << u"6.1"_s;
-        QTest::newRow("cpuinfo first")
-            << n(cpuInfoMHz(u"processor\t: 0\ncpu MHz\t\t: 2445.432\ncpu MHz\t\t: 1200.000\n"_s))
-            << u"2445.43"_s;
         QTest::newRow("max freq") << n(maxFrequencyMHz(u"3600000\n"_s)) << u"3600"_s;
-        QTest::newRow("meminfo") << n(
-            memTotalBytes(u"MemTotal:       16315412 kB\nMemFree: 1 kB\n"_s))
-                                 << u"16706981888"_s;
-        QTest::newRow("block size") << n(hexBytes(u"8000000\n"_s)) << u"134217728"_s;
-        QTest::newRow("address") << macAddressText(u"02:fc:00:0a:bc:01\n"_s)
-                                 << u"02-FC-00-0A-BC-01"_s;
         // Known names decide: s390x and sparcv9 carry no "64".
         QTest::newRow("64-bit names")
             << n(architectureIs64Bit(u"x86_64"_s)) + n(architectureIs64Bit(u"s390x"_s))
@@ -329,25 +313,20 @@ private slots:
         const QString ok = u"OK"_s + listing + blank;
         QTest::newRow("all well, no benchmark yet")
             << 16.0 << listing << none << true << QString() << page({}, u"16 GB"_s, {}, ok);
-        QTest::newRow("exactly 1 GB")
-            << 1.0 << listing << none << true << QString() << page({}, u"1 GB"_s, {}, ok);
-        QTest::newRow("half") << 0.5 << listing << none << true << QString()
-                              << page(lowRam, u"0.5 GB"_s, {}, ok);
         QTest::newRow("unknown RAM, no file systems")
             << -1.0 << QString() << none << true << QString()
             << page(u"Errors:<br>1. Insufficient RAM.<br>2. Failed to find file systems.<br><br>"_s,
                     u"-1 GB"_s, {}, u"OK"_s + blank + blank);
-        QTest::newRow("TLS errors numbered, RAM to six digits")
-            << 7.123456789 << listing << QList<QSslError>{selfSigned, wrongHost} << true
+        QTest::newRow("TLS errors numbered, low RAM to six digits")
+            << 0.123456789 << listing << QList<QSslError>{selfSigned, wrongHost} << true
             << QString()
-            << page({}, u"7.12346 GB"_s,
+            << page(lowRam, u"0.123457 GB"_s,
                     "SSL Errors:         <br>1. " + selfSigned.errorString() + "<br>2. "
                         + wrongHost.errorString() + "<br><br>",
                     ok);
-        QTest::newRow("probe failed, benchmark lines joined")
-            << 16.0 << listing << none << false << u"Write: 120.5 MB/s\nRead: 800.2 MB/s"_s
-            << page({}, u"16 GB"_s, {},
-                    "Error" + listing + "Write: 120.5 MB/s<br>Read: 800.2 MB/s");
+        QTest::newRow("exactly 1 GB, probe failed, benchmark lines joined")
+            << 1.0 << listing << none << false << u"Write: 120.5 MB/s\nRead: 800.2 MB/s"_s
+            << page({}, u"1 GB"_s, {}, "Error" + listing + "Write: 120.5 MB/s<br>Read: 800.2 MB/s");
     }
 
     void rendering()

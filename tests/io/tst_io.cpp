@@ -117,14 +117,10 @@ private slots:
             << odd << qint64(8) << qint64(5) << true
             << QString::fromUtf8(odd.left(5)) + QString::fromUtf8(odd.mid(5)) << qint64(8)
             << QString();
-        QTest::newRow("to the end") << u"Grüße"_s.toUtf8() << qint64(-1) << qint64(0x100000) << true
-                                    << u"Grüße"_s << qint64(7) << QString();
         QTest::newRow("zero in a later chunk")
             << zeros << qint64(-1) << qint64(4) << true << u"abcdef"_s << qint64(7) << QString();
         QTest::newRow("zero at a chunk's end")
             << zeros << qint64(-1) << qint64(7) << true << u"abcdef"_s << qint64(7) << QString();
-        QTest::newRow("nothing asked")
-            << zeros << qint64(0) << qint64(4) << true << QString() << qint64(0) << QString();
         QTest::newRow("chunk 0") << zeros << qint64(-1) << qint64(0) << false << QString()
                                  << qint64(0) << u"Invalid buffer length 0."_s;
         QTest::newRow("past the end")

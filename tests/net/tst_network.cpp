@@ -188,7 +188,6 @@ private slots:
         QTest::addColumn<QString>("host");
         QTest::newRow("false keeps the earlier proxy")
             << QVariant(false) << true << false << "127.0.0.2";
-        QTest::newRow("true takes the system's") << QVariant(true) << false << true << "127.0.0.2";
         QTest::newRow("absent takes the system's") << QVariant() << false << true << "127.0.0.2";
         QTest::newRow("system's no_proxy") << QVariant(true) << false << true << "127.0.0.1";
     }
