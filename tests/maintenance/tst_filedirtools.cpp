@@ -63,23 +63,18 @@ private slots:
         }
     }
 
+    // Names in the tool's temporary folder, one per holder, not yet created.
     void tempFileNames()
     {
         TempFileName first;
-        TempFileName second;
         const QString a = first.uniqueTempFileName();
-        const QString b = second.uniqueTempFileName();
         QCOMPARE(first.uniqueTempFileName(), a);
-        // In the tool's temporary folder, named by process and counter, not yet created.
+        QVERIFY(TempFileName().uniqueTempFileName() != a);
         const QString folder =
             path(".local/share/" + QCoreApplication::applicationName() + "/temp");
         QCOMPARE(tempFolder(), folder);
         QVERIFY(QFileInfo(folder).isDir());
-        const QRegularExpression pattern(
-            u"^%1/%2_(\\d+)\\.tmp$"_s.arg(QRegularExpression::escape(folder),
-                                          QString::number(QCoreApplication::applicationPid())));
-        QVERIFY2(pattern.match(a).hasMatch(), qPrintable(a));
-        QCOMPARE(pattern.match(b).captured(1).toUInt(), pattern.match(a).captured(1).toUInt() + 1);
+        QCOMPARE(QFileInfo(a).absolutePath(), folder);
         QVERIFY(!QFileInfo::exists(a));
 
         // Holders on several threads at once never share a name.
