@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Two globs for the product's type, one for another program's.
+// Two globs for the product's type, one for another program's, one for another product's.
 const QByteArray mimePackage =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
     "<mime-info xmlns=\"http://www.freedesktop.org/standards/shared-mime-info\">\n"
@@ -23,6 +23,8 @@ const QByteArray mimePackage =
     "<glob pattern=\"*.cvd\"/><glob pattern=\"*.cvdx\"/></mime-type>\n"
     "<mime-type type=\"application/x-corvanta-other\"><comment>Other design</comment>\n"
     "<glob pattern=\"*.cvo\"/></mime-type>\n"
+    "<mime-type type=\"application/x-corvanta-view\"><comment>View</comment>\n"
+    "<glob pattern=\"*.cvv\"/></mime-type>\n"
     "</mime-info>\n";
 
 const QByteArray userMimeapps =
@@ -34,7 +36,7 @@ const QByteArray userMimeapps =
     "  application/x-corvanta-design = Corvanta.desktop;other.desktop;\n"
     "# another comment\n"
     "application/x-corvanta-other=other.desktop;\n"
-    "text/plain=CorvantaViewer.desktop;\n";
+    "application/x-corvanta-view=CorvantaViewer.desktop;";
 
 QString configPath(const QString& relative)
 {
@@ -137,40 +139,17 @@ private slots:
         QVERIFY(!settings.contains(u"host"_s));
         QCOMPARE(settings.value(u"host"_s, u"none"_s), u"none"_s);
     }
-    void withoutProductDefaults_data()
-    {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QStringList>("mimeTypes");
-        QTest::addColumn<QString>("productName");
-        QTest::addColumn<QByteArray>("expected");
-        QTest::newRow("product with a blank")
-            << userMimeapps << QStringList{"text/plain"} << u"Corvanta Viewer"_s
-            << QByteArray(userMimeapps).replace("text/plain=CorvantaViewer.desktop;\n", "");
-        QTest::newRow("prefix is not a name prefix")
-            << userMimeapps << QStringList{"text/plain"} << product << userMimeapps;
-        QTest::newRow("crlf and no final line end")
-            << QByteArray("[Default Applications]\r\na/b=Corvanta.desktop\r\nc/d=x.desktop")
-            << QStringList{"a/b", "c/d"} << product
-            << QByteArray("[Default Applications]\r\nc/d=x.desktop");
-    }
-
-    void withoutProductDefaults()
-    {
-        QFETCH(QByteArray, text);
-        QFETCH(QStringList, mimeTypes);
-        QFETCH(QString, productName);
-        QFETCH(QByteArray, expected);
-        QCOMPARE(::withoutProductDefaults(text, mimeTypes, productName), expected);
-    }
-
     // Removing a suffix takes its type's default for the product, and nothing else; another
-    // program's type and an unknown suffix are left alone. For the machine, the first file that
-    // names a type decides it.
+    // program's type and an unknown suffix are left alone. A product's name with a blank names
+    // desktop entries without it, and no product's name is taken for another's that it begins.
+    // For the machine, the first file that names a type decides it.
     void associations()
     {
         const QString path = configPath(u"mimeapps.list"_s);
+        const QString viewer = u"Corvanta Viewer"_s;
         QVERIFY(putFile(path, userMimeapps));
         QCOMPARE(sorted(productAssociations(product, false)), (QStringList{".cvd", ".cvdx"}));
+        QCOMPARE(productAssociations(viewer, false), QStringList{u".cvv"_s});
         QVERIFY(productAssociations(product, true).isEmpty());
         QVERIFY(!removeProductAssociation(u".cvo"_s, product, false));
         QVERIFY(!removeProductAssociation(u".nosuch"_s, product, false));
@@ -182,6 +161,8 @@ private slots:
                               ""));
         QVERIFY(productAssociations(product, false).isEmpty());
         QVERIFY(!removeProductAssociation(u".cvd"_s, product, false));
+        QVERIFY(removeProductAssociation(u".cvv"_s, viewer, false));
+        QVERIFY(fileBytes(path).endsWith("application/x-corvanta-other=other.desktop;\n"));
 
         QVERIFY(QFile::remove(path));
         QVERIFY(putFile(m_environment.path(u"system-config/mimeapps.list"_s),
