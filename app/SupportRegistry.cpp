@@ -1,9 +1,13 @@
 #include "SupportRegistry.h"
 
+#include "SupportCorvantaData.h"
+#include "SupportCorvantaTab.h"
 #include "SupportDisplayData.h"
 #include "SupportDisplayTab.h"
 #include "SupportFontsData.h"
 #include "SupportFontsTab.h"
+#include "SupportPermissionsData.h"
+#include "SupportPermissionsTab.h"
 #include "SupportSystemData.h"
 #include "SupportSystemTab.h"
 
@@ -16,6 +20,8 @@ SupportDataTable createSupportDataTable()
     };
     add(std::make_unique<SupportDisplayData>());
     add(std::make_unique<SupportFontsData>());
+    add(std::make_unique<SupportPermissionsData>());
+    add(std::make_unique<SupportCorvantaData>());
     add(std::make_unique<SupportSystemData>());
     return table;
 }
@@ -27,6 +33,10 @@ SupportTab* createSupportTab(SupportData* data)
         return new SupportDisplayTab(data);
     case FontsDataKind:
         return new SupportFontsTab(data);
+    case PermissionsDataKind:
+        return new SupportPermissionsTab(data);
+    case CorvantaDataKind:
+        return new SupportCorvantaTab(data);
     case SystemDataKind:
         return new SupportSystemTab(static_cast<SupportSystemData*>(data));
     default:

@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSaveFile>
 #include <QStandardPaths>
 #include <QUrl>
 
@@ -45,6 +46,31 @@ bool isTrashLocation(const QString& trashedPath)
     return files.cdUp() && files.dirName() == QLatin1String(".Trash");
 }
 
+QString trashInfoPath(const QString& trashedPath)
+{
+    const QFileInfo trashed(trashedPath);
+    return trashed.absolutePath() + QStringLiteral("/../info/") + trashed.fileName()
+           + QStringLiteral(".trashinfo");
+}
+
+// Qt 6.4 writes the original path into the item's info record as it is, but readers take it
+// URL-escaped: a "%" would bring the item back under another name, a line break nowhere.
+void escapeTrashInfo(const QString& trashedPath, const QString& originalPath)
+{
+    const QByteArray raw = encoded(QFileInfo(originalPath).absoluteFilePath());
+    const QByteArray escaped = QUrl::toPercentEncoding(raw, "/");
+    if (escaped == raw)
+        return;
+    QFile info(trashInfoPath(trashedPath));
+    const QByteArray text = info.open(QIODevice::ReadOnly) ? info.readAll() : QByteArray();
+    const qsizetype date = text.lastIndexOf("\nDeletionDate=");
+    QSaveFile fixed(info.fileName());
+    if (date < 0 || !fixed.open(QIODevice::WriteOnly | QIODevice::Unbuffered)
+        || fixed.write("[Trash Info]\nPath=" + escaped + text.mid(date)) < 0 || !fixed.commit())
+        qDebug().noquote()
+            << QStringLiteral("Could not escape the trash record of %1").arg(originalPath);
+}
+
 // Undoes a move that did not end in a trash folder; the item and its info record go away there.
 void putBack(const QString& trashedPath, const QString& originalPath)
 {
@@ -53,9 +79,7 @@ void putBack(const QString& trashedPath, const QString& originalPath)
             << QStringLiteral("Could not put back %1 from %2").arg(originalPath, trashedPath);
         return;
     }
-    const QFileInfo trashed(trashedPath);
-    QFile::remove(trashed.absolutePath() + QStringLiteral("/../info/") + trashed.fileName()
-                  + QStringLiteral(".trashinfo"));
+    QFile::remove(trashInfoPath(trashedPath));
 }
 
 int posixAccess(int flags)
@@ -130,8 +154,10 @@ bool moveToRecycleBin(const QString& path, int& status)
         return false;
     }
     const QString trashed = file.fileName();
-    if (isTrashLocation(trashed))
+    if (isTrashLocation(trashed)) {
+        escapeTrashInfo(trashed, path);
         return true;
+    }
     putBack(trashed, path);
     status = QFileDevice::RenameError;
     return false;

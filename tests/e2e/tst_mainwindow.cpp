@@ -100,13 +100,24 @@ private slots:
         QVERIFY2(!window.isEmpty(), "the main window never appeared");
 
         // Page order depends on what each page finds, so every page's controls are tried in turn
-        // until the folder dialog opens; the other pages' buttons only touch the temporary home.
+        // until the folder dialog opens; the other pages' buttons only touch the temporary home,
+        // and the Permissions page's file dialogs are closed again.
         const auto dialogOpen = [&] {
             return !x.visibleWindows(u"^Choose Location$"_s).isEmpty();
         };
+        const auto otherDialogOpen = [&] {
+            return !x.visibleWindows(u"^Choose (File|Folder)$"_s).isEmpty();
+        };
         bool opened = false;
-        for (int page = 0; page < 6 && !(opened = pressUntil(x, dialogOpen, 8)); ++page)
+        for (int page = 0; page < 6; ++page) {
+            pressUntil(
+                x, [&] { return dialogOpen() || otherDialogOpen(); }, 12);
+            if ((opened = dialogOpen()))
+                break;
+            if (otherDialogOpen())
+                x.keys({u"Escape"_s});
             x.keys({u"ctrl+Tab"_s});
+        }
         QVERIFY2(opened, "the Choose Location dialog never opened");
         x.run(u"xdotool"_s, {u"type"_s, u"--delay"_s, u"10"_s, location});
         x.keys({u"Return"_s});

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QString>
+
+// Repairs the product's preferences file by emptying every stored date and time, the values that
+// a damaged clock or a newer version can leave unreadable. Everything else is kept.
+
+// The text with the body of every "=@DateTime(...)" value emptied, except for an occurrence at the
+// very start of the text, which stops the repair. A value without its ")" ends the repair there.
+QString repairedSettingsText(const QString& text);
+
+// Reads the file as UTF-8 and writes the repaired text back. The file is replaced in one step, so
+// a failed write leaves the old file as it was. False when the file cannot be read or written; a
+// file that needs no repair is not written.
+bool repairSettingsFile(const QString& path);

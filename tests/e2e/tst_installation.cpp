@@ -1,0 +1,210 @@
+#include "ProductHome.h"
+#include "XvfbServer.h"
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusObjectPath>
+#include <QDBusVariant>
+#include <QFileInfo>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The program's widgets as the desktop's accessibility bus shows them to assistive tools: the test
+// finds a button or a page tab by its name, and clicks where it is on the screen.
+class AccessibleProgram
+{
+public:
+    struct Item
+    {
+        QString role;
+        QString name;
+        QRect rect;
+        bool enabled = false;
+    };
+
+    AccessibleProgram()
+        : m_bus(
+            QDBusConnection::connectToBus(answer(QDBusConnection::sessionBus(), u"org.a11y.Bus"_s,
+                                                 u"/org/a11y/bus"_s, u"org.a11y.Bus.GetAddress"_s)
+                                              .toString(),
+                                          u"accessibility"_s))
+    {}
+    ~AccessibleProgram() { QDBusConnection::disconnectFromBus(u"accessibility"_s); }
+
+    // What shows of the program, in the order of its widget tree; nothing until it registered.
+    QList<Item> items()
+    {
+        QList<Item> found;
+        const auto root =
+            std::pair{u"org.a11y.atspi.Registry"_s, u"/org/a11y/atspi/accessible/root"_s};
+        for (const auto& [service, path] : children(root)) {
+            if (property(service, path, u"Name"_s).toString() == u"Corvanta"_s)
+                walk(service, path, found);
+        }
+        return found;
+    }
+
+    Item find(const QString& role, const QString& name)
+    {
+        for (const Item& item : items()) {
+            if (item.role == role && item.name.contains(name))
+                return item;
+        }
+        return {};
+    }
+
+private:
+    using Node = std::pair<QString, QString>; // service, object path
+
+    static QVariant answer(const QDBusConnection& bus, const QString& service, const QString& path,
+                           const QString& method, const QVariantList& arguments = {})
+    {
+        const qsizetype dot = method.lastIndexOf('.');
+        QDBusMessage message =
+            QDBusMessage::createMethodCall(service, path, method.left(dot), method.mid(dot + 1));
+        message.setArguments(arguments);
+        return bus.call(message).arguments().value(0);
+    }
+
+    QVariant call(const Node& node, const QString& method, const QVariantList& arguments = {})
+    {
+        return answer(m_bus, node.first, node.second, method, arguments);
+    }
+
+    QVariant property(const QString& service, const QString& path, const QString& name)
+    {
+        return call({service, path}, u"org.freedesktop.DBus.Properties.Get"_s,
+                    {u"org.a11y.atspi.Accessible"_s, name})
+            .value<QDBusVariant>()
+            .variant();
+    }
+
+    QList<Node> children(const Node& node)
+    {
+        QList<Node> result;
+        for (int i = 0, count = property(node.first, node.second, u"ChildCount"_s).toInt();
+             i < count; ++i) {
+            const auto child = call(node, u"org.a11y.atspi.Accessible.GetChildAtIndex"_s, {i})
+                                   .value<QDBusArgument>();
+            QString service;
+            QDBusObjectPath path;
+            child.beginStructure();
+            child >> service >> path;
+            child.endStructure();
+            result.append({service, path.path()});
+        }
+        return result;
+    }
+
+    void walk(const QString& service, const QString& path, QList<Item>& found)
+    {
+        const Node node{service, path};
+        const auto states =
+            qdbus_cast<QList<uint>>(call(node, u"org.a11y.atspi.Accessible.GetState"_s));
+        if (states.isEmpty() || !(states.first() & (1u << 25))) // not showing
+            return;
+        const auto box =
+            call(node, u"org.a11y.atspi.Component.GetExtents"_s, {QVariant::fromValue(0u)})
+                .value<QDBusArgument>();
+        int x = 0, y = 0, width = 0, height = 0;
+        box.beginStructure();
+        box >> x >> y >> width >> height;
+        box.endStructure();
+        found.append({call(node, u"org.a11y.atspi.Accessible.GetRoleName"_s).toString(),
+                      property(service, path, u"Name"_s).toString(), QRect(x, y, width, height),
+                      (states.first() & (1u << 8)) != 0});
+        for (const auto& [childService, childPath] : children(node))
+            walk(childService, childPath, found);
+    }
+
+    QDBusConnection m_bus;
+};
+
+} // namespace
+
+// The Corvanta page's four buttons pressed from the real window, one after another, with the
+// files, the trash and the page checked after each.
+class tst_Installation : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void buttonsFromTheWindow()
+    {
+        ProductHome home;
+        QVERIFY(home.isValid() && home.prepare());
+        // The accessibility bus is started on demand by this session's bus: in this home too.
+        using Environment = QMap<QString, QString>;
+        qDBusRegisterMetaType<Environment>();
+        QDBusMessage update = QDBusMessage::createMethodCall(
+            u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s,
+            u"UpdateActivationEnvironment"_s);
+        update << QVariant::fromValue(Environment{{u"HOME"_s, home.path(QString())},
+                                                  {u"XDG_RUNTIME_DIR"_s, home.path(u"runtime"_s)}});
+        QCOMPARE(QDBusConnection::sessionBus().call(update).type(), QDBusMessage::ReplyMessage);
+        qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
+        XvfbServer x;
+        QVERIFY2(x.isRunning(), "Xvfb did not start");
+        QVERIFY2(!x.startMainWindow().isEmpty(), "the main window never appeared");
+        AccessibleProgram program;
+        const auto click = [&](const QString& role, const QString& name) {
+            const QPoint centre = program.find(role, name).rect.center();
+            return centre.x() > 0
+                   && x.run(u"xdotool"_s, {u"mousemove"_s, QString::number(centre.x()),
+                                           QString::number(centre.y()), u"click"_s, u"1"_s})
+                          .isEmpty();
+        };
+        QVERIFY2(QTest::qWaitFor([&] { return click(u"page tab"_s, u"Corvanta"_s); }, 20000),
+                 "no Corvanta page tab");
+        // The page's text, its links' words included, and the enabled buttons in the order of the
+        // row, each by the start of its name.
+        const auto page = [&] {
+            QString enabled;
+            for (const auto& item : program.items()) {
+                if (item.role == u"push button"_s && item.enabled)
+                    enabled += item.name.left(8) + ' ';
+            }
+            return program.find(u"label"_s, u"Application Data:"_s).name + '|' + enabled;
+        };
+        const auto waitFor = [](const std::function<bool()>& done) {
+            return QTest::qWaitFor(done, 20000);
+        };
+        const QString before = page();
+        QVERIFY2(before.contains(u"(User):\n.cvd      Remove\n"_s)
+                     && before.endsWith(u"|Remove A Repair P Remove P Remove A "_s),
+                 qPrintable(before));
+
+        QVERIFY(click(u"push button"_s, u"Remove All Associations"_s));
+        QVERIFY(waitFor(
+            [&] { return fileBytes(home.userMimeapps()) == ProductHome::mimeappsWithoutProduct; }));
+        QVERIFY(
+            waitFor([&] { return page().endsWith(u"(User):\n\n|Repair P Remove P Remove A "_s); }));
+
+        QVERIFY(click(u"push button"_s, u"Repair Preferences"_s));
+        QVERIFY(waitFor(
+            [&] { return fileBytes(home.preferences()) == ProductHome::repairedPreferences; }));
+
+        QVERIFY(click(u"push button"_s, u"Remove Preferences"_s));
+        QVERIFY(waitFor([&] { return page().endsWith(u"|Repair P Remove A "_s); }));
+        QVERIFY(!QFileInfo::exists(home.preferences()));
+        QVERIFY(trashList().contains(' ' + home.preferences() + '\n'));
+
+        QVERIFY(click(u"push button"_s, u"Remove All Application Data"_s));
+        QVERIFY(waitFor([&] { return page().endsWith(u"|Repair P "_s); }));
+        QVERIFY(page().contains("\nApplication Data:   " + home.dataFolder()
+                                + " - Does Not Exist Remove\n"));
+        const QString listed = trashList();
+        QCOMPARE(listed.count(home.path(QString())), 3);
+        QVERIFY2(listed.contains(' ' + home.dataFolder() + '\n')
+                     && listed.contains(' ' + home.path(u".cache/Corvanta"_s) + '\n'),
+                 qPrintable(listed));
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_Installation)
+#include "tst_installation.moc"

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "TestEnvironment.h"
+
+#include <QMap>
+
+// A private home in which the product is set up as a user has it: its data folder with the
+// temporary folder and the identifier, its preferences with a stored date, its cache, and its
+// design type associated with it for the user beside another program's type. The machine's
+// association and desktop-entry folders are private to the home as well. Environment variables
+// and the MIME database are set once, so one home serves a whole test executable; prepare()
+// puts its files back between tests.
+class ProductHome
+{
+public:
+    ProductHome();
+    ~ProductHome();
+
+    bool isValid() const { return m_valid; }
+    QString path(const QString& relative) const { return m_environment.path(relative); }
+    QString dataFolder() const { return path(QStringLiteral(".local/share/Corvanta")); }
+    QString preferences() const { return path(QStringLiteral(".config/Kelvanmoor/Corvanta.ini")); }
+    QString userMimeapps() const { return path(QStringLiteral(".config/mimeapps.list")); }
+    QString machineMimeapps() const { return path(QStringLiteral("system-config/mimeapps.list")); }
+
+    // Empties the home, trash included, and writes the product's files again.
+    bool prepare();
+
+    static const QByteArray mimeapps;               // the user's, with the product's entry
+    static const QByteArray mimeappsWithoutProduct; // the same after its removal
+    static const QByteArray preferencesText;
+    static const QByteArray repairedPreferences;
+
+private:
+    TestEnvironment m_environment;
+    QByteArray m_savedConfigDirs;
+    QByteArray m_savedDataDirs;
+    bool m_valid = false;
+};
+
+// Every entry below the folder, links not followed: files with their bytes, folders as "<dir>",
+// links as "-> target".
+QMap<QString, QByteArray> treeSnapshot(const QString& folder);
+// What trash-list shows, one "date time path" line per item.
+QString trashList();
+// Answers trash-restore's question for the one item trashed from the folder.
+bool trashRestore(const QString& folder);
