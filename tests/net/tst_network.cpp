@@ -77,6 +77,31 @@ private slots:
         QDir(tempFolder()).removeRecursively();
     }
 
+    void errorText_data()
+    {
+        QTest::addColumn<QString>("row");
+        const QStringList rows =
+            u"0 NoError|1 Connection Refused|2 Remote Host Closed|3 Host Not Found|4 Timeout|"
+            "5 Operation Canceled|6 SSL Handshake Failed|7 Temporary Network Failure|"
+            "8 Unknown Error|99 Unknown Network Error|101 Proxy Connection Refused|"
+            "102 Proxy Connection Closed|103 Proxy Not Found|104 Proxy Timeout|"
+            "105 Proxy Authentication Required|199 Unknown Proxy Error|201 Content Access Denied|"
+            "202 Content Operation Not Permitted|203 Content Not Found|"
+            "204 Authentication Required|205 Content ReSend Error|206 Unknown Error|"
+            "299 Unknown Content Error|301 Protocol Unknown|302 Protocol Invalid Operation|"
+            "399 Protocol Failure|499 Unknown Error"_s.split(u'|');
+        for (const QString& row : rows)
+            QTest::newRow(qPrintable(row)) << row;
+    }
+
+    void errorText()
+    {
+        QFETCH(QString, row);
+        const QString code = row.section(u' ', 0, 0);
+        QCOMPARE(NetworkTools::errorText(QNetworkReply::NetworkError(code.toInt())),
+                 u"Error Code: %1 (%2)"_s.arg(code, row.section(u' ', 1)));
+    }
+
     void transfer_data()
     {
         QTest::addColumn<bool>("tls");
@@ -188,6 +213,7 @@ private slots:
         QTest::addColumn<QString>("host");
         QTest::newRow("false keeps the earlier proxy")
             << QVariant(false) << true << false << "127.0.0.2";
+        QTest::newRow("true takes the system's") << QVariant(true) << false << true << "127.0.0.2";
         QTest::newRow("absent takes the system's") << QVariant() << false << true << "127.0.0.2";
         QTest::newRow("system's no_proxy") << QVariant(true) << false << true << "127.0.0.1";
     }

@@ -1,0 +1,159 @@
+#include "SupportSystemData.h"
+#include "SupportSystemTab.h"
+#include "TestEnvironment.h"
+#include "XvfbServer.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <net/if.h>
+#include <sys/ioctl.h>
+#include <sys/mount.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <climits>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The suite runs again inside a private network and mount namespace of its own.
+const char insideVariable[] = "CORVANTA_SILENT_NETWORK";
+
+// A new network namespace starts with its loopback interface down.
+bool bringLoopbackUp()
+{
+    const int fd = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    if (fd < 0)
+        return false;
+    ifreq request{};
+    std::strncpy(request.ifr_name, "lo", IFNAMSIZ - 1);
+    bool up = ::ioctl(fd, SIOCGIFFLAGS, &request) == 0;
+    request.ifr_flags |= IFF_UP;
+    up = up && ::ioctl(fd, SIOCSIFFLAGS, &request) == 0;
+    ::close(fd);
+    return up;
+}
+
+} // namespace
+
+// A network whose TLS endpoints accept a connection and never answer: the address service's and
+// the probe's host names lead, through a hosts file of the test's own, to a loopback server that
+// says nothing. The window must still open, and a System refresh must not hold the GUI thread.
+class tst_SilentNetwork : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_files;
+    QTcpServer m_server;
+    QList<QTcpSocket*> m_connections;
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY2(qEnvironmentVariableIsSet(insideVariable), "not in a private namespace");
+        QVERIFY(bringLoopbackUp());
+        const QString hosts = m_files.filePath(u"hosts"_s);
+        QVERIFY(
+            putFile(hosts, "127.0.0.1 localhost\n127.0.0.2 api.ipify.org www.kelvanmoor.com\n"));
+        QCOMPARE(
+            ::mount(QFile::encodeName(hosts).constData(), "/etc/hosts", nullptr, MS_BIND, nullptr),
+            0);
+        // Connections are taken and kept, and nothing is ever written to them.
+        QVERIFY(m_server.listen(QHostAddress(u"127.0.0.2"_s), 443));
+        connect(&m_server, &QTcpServer::newConnection, this, [this] {
+            while (QTcpSocket* socket = m_server.nextPendingConnection())
+                m_connections << socket;
+        });
+        // Nothing leaves this namespace anyway; the closed proxy of the other tests would answer
+        // at once, and no silence would be tested.
+        for (const char* name : {"http_proxy", "https_proxy", "no_proxy"})
+            qunsetenv(name);
+    }
+
+    void windowOpens()
+    {
+        TestEnvironment home;
+        XvfbServer x;
+        QVERIFY2(x.isRunning(), "Xvfb did not start");
+        QElapsedTimer clock;
+        clock.start();
+        QVERIFY2(!x.startMainWindow().isEmpty(), "the main window never appeared");
+        qInfo("The main window showed after %lld ms.", clock.elapsed());
+        QTRY_VERIFY2(!m_connections.isEmpty(), "the program never reached the silent server");
+    }
+
+    // A heartbeat on the GUI thread, counted only when it comes from the thread's own loop: one
+    // delivered inside a nested wait means the refresh still holds the thread, input shut out.
+    void systemRefreshLeavesTheGuiThreadFree()
+    {
+        TestEnvironment home;
+        SupportSystemData data;
+        SupportSystemTab tab(&data);
+        tab.show();
+        QSignalSpy probed(&data, &SupportSystemData::signalProbeFinished);
+        const qsizetype connectionsBefore = m_connections.size();
+
+        const int ownLevel = QThread::currentThread()->loopLevel();
+        QElapsedTimer sinceBeat;
+        qint64 longestGap = 0;
+        QTimer heartbeat;
+        connect(&heartbeat, &QTimer::timeout, this, [&] {
+            if (QThread::currentThread()->loopLevel() == ownLevel)
+                longestGap = std::max(longestGap, sinceBeat.restart());
+        });
+        heartbeat.start(100);
+        sinceBeat.start();
+        QElapsedTimer refresh;
+        refresh.start();
+        QTimer::singleShot(0, &tab, &SupportSystemTab::updateContent);
+        // qWaitFor turns the thread's own loop; QSignalSpy::wait would nest one.
+        QVERIFY(QTest::qWaitFor([&] { return !probed.isEmpty(); }, 30000));
+        const qint64 probeTook = refresh.elapsed();
+
+        QVERIFY2(probeTook >= 9000, "the probe was not held by the silent server");
+        QVERIFY(m_connections.size() >= connectionsBefore + 2);
+        QVERIFY2(longestGap <= 2000,
+                 qPrintable(u"the GUI thread was held for %1 ms"_s.arg(longestGap)));
+        const QString page = tab.findChild<QLabel*>()->text();
+        QVERIFY2(page.contains(u"External IP Address:<br>  <br><br>WinInet:            Error"_s),
+                 qPrintable(page));
+    }
+};
+
+// Starts the suite over inside "unshare -rmn": root of a user namespace of its own, it may bind a
+// hosts file over /etc/hosts and serve on port 443 without touching the machine's own.
+int main(int argc, char** argv)
+{
+    if (!qEnvironmentVariableIsSet(insideVariable)) {
+        char self[PATH_MAX] = {};
+        if (::readlink("/proc/self/exe", self, sizeof self - 1) < 0) {
+            std::perror("readlink");
+            return 1;
+        }
+        qputenv(insideVariable, "1");
+        std::vector<char*> arguments{const_cast<char*>("unshare"), const_cast<char*>("-rmn"),
+                                     const_cast<char*>("--"), self};
+        arguments.insert(arguments.end(), argv + 1, argv + argc);
+        arguments.push_back(nullptr);
+        ::execvp("unshare", arguments.data());
+        std::perror("unshare");
+        return 1;
+    }
+    QApplication application(argc, argv);
+    tst_SilentNetwork test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_silentnetwork.moc"
