@@ -176,7 +176,9 @@ quint64 memTotalBytes(const QString& text)
 {
     static const QRegularExpression memTotal(QStringLiteral("^MemTotal:\\s*(\\d+) kB$"),
                                              QRegularExpression::MultilineOption);
-    return memTotal.match(text).captured(1).toULongLong() * 1024;
+    const quint64 kilobytes = memTotal.match(text).captured(1).toULongLong();
+    // A total whose bytes do not fit is as unreadable as a missing one.
+    return kilobytes <= std::numeric_limits<quint64>::max() / 1024 ? kilobytes * 1024 : 0;
 }
 
 quint64 hexBytes(const QString& text)

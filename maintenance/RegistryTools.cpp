@@ -23,7 +23,8 @@ QList<QByteArray> linesOf(const QByteArray& text)
 
 bool decodeUtf8(const QByteArray& bytes, QString* text)
 {
-    QStringDecoder decoder(QStringDecoder::Utf8);
+    // Stateless, so that a sequence cut short at the end is an error too.
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     *text = decoder(bytes);
     return !decoder.hasError();
 }
@@ -177,7 +178,10 @@ QByteArray withEnvironmentValue(const QByteArray& text, const QString& name, con
         || value.contains(QLatin1Char('\n')) || value.contains(QLatin1Char('\r'))
         || value.contains(QChar::Null) || !decodeUtf8(text, &decoded))
         return {};
-    const QByteArray assignment = (name + QLatin1Char('=') + value).toUtf8();
+    // Quoted when reading would otherwise trim the value or take its own quotes off.
+    const bool plain = value == value.trimmed() && unquoted(value) == value;
+    const QString stored = plain ? value : QLatin1Char('"') + value + QLatin1Char('"');
+    const QByteArray assignment = (name + QLatin1Char('=') + stored).toUtf8();
     QByteArray result;
     bool written = false;
     for (const QByteArray& line : linesOf(text)) {
