@@ -162,7 +162,8 @@ double cpuInfoMHz(const QString& text)
             continue;
         bool ok = false;
         const double mhz = line.section(QLatin1Char(':'), 1).trimmed().toDouble(&ok);
-        return ok ? mhz : 0.0;
+        // "inf" and "nan" read as numbers, but are no speed.
+        return ok && std::isfinite(mhz) ? mhz : 0.0;
     }
     return 0.0;
 }
