@@ -46,7 +46,8 @@ bool writeFile(const QString& path, const QByteArray& text)
 
 bool isUtf8(const QByteArray& bytes)
 {
-    QStringDecoder decoder(QStringDecoder::Utf8);
+    // Stateless, so that a file cut inside a sequence is not UTF-8 either.
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     const QString text = decoder(bytes);
     return !decoder.hasError();
 }
