@@ -272,19 +272,5 @@ QString SystemProfile::runWmic(const QString& query)
 
 bool SystemProfile::isVirtualMacAddress(const QString& mac)
 {
-    // Vendors of virtual machines, VPN clients and software adapters, in wmic's spelling.
-    static const char* const prefixes[] = {
-        "00-00-6C", "00-01-01", "00-05-4F", "00-05-78", "00-0B-18", "00-0B-F4", "00-0C-53",
-        "00-0D-58", "00-0D-A7", "00-0D-C2", "00-0D-F2", "00-0E-17", "00-0E-22", "00-0E-2A",
-        "00-0E-EF", "00-0F-09", "00-16-B4", "00-17-35", "00-18-25", "00-20-67", "00-22-1C",
-        "00-22-F1", "00-23-4A", "00-23-8C", "00-23-F7", "00-24-19", "00-24-FB", "00-25-9D",
-        "00-25-DF", "00-26-01", "00-26-9F", "00-50-47", "00-50-79", "00-A0-54", "00-A0-85",
-        "0C-81-12", "10-00-00", "11-00-AA", "14-07-08", "14-6E-0A", "20-5B-2A", "24-BF-74",
-        "28-EF-01", "30-1E-80", "58-6E-D6", "74-BE-08", "8C-84-01", "98-0E-E4", "AC-DE-48",
-        "B8-E7-79", "C0-22-50", "C8-AA-CC", "E8-4E-06", "F0-5D-89"};
-    for (const char* prefix : prefixes) {
-        if (mac.startsWith(QLatin1String(prefix)))
-            return true;
-    }
-    return false;
+    return SystemProfileParsers::isVirtualMacAddress(mac);
 }

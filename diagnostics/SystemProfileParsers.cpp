@@ -1,11 +1,10 @@
 #include "SystemProfileParsers.h"
 
-#include "SystemProfile.h"
-
 #include <QDebug>
 #include <QRegularExpression>
 
 #include <cmath>
+#include <limits>
 
 namespace SystemProfileParsers {
 
@@ -88,8 +87,7 @@ QStringList physicalAdapterAddresses(const QString& output)
                            << "macAddress=" << record.macAddress;
         if (record.adapterType.startsWith(QLatin1String("Ethernet"), Qt::CaseInsensitive)
             && !record.description.contains(QLatin1String("Virtual Adapter"))
-            && !isSpecialMacAddress(record.macAddress)
-            && !SystemProfile::isVirtualMacAddress(record.macAddress)
+            && !isSpecialMacAddress(record.macAddress) && !isVirtualMacAddress(record.macAddress)
             && !addresses.contains(record.macAddress)) {
             addresses.append(record.macAddress);
         }
@@ -101,6 +99,25 @@ bool isSpecialMacAddress(const QString& mac)
 {
     return mac == QLatin1String("02-00-54-55-4E-01")
            || mac == QLatin1String("00-00-00-00-00-00-00-E0");
+}
+
+bool isVirtualMacAddress(const QString& mac)
+{
+    // Vendors of virtual machines, VPN clients and software adapters, in wmic's spelling.
+    static const char* const prefixes[] = {
+        "00-00-6C", "00-01-01", "00-05-4F", "00-05-78", "00-0B-18", "00-0B-F4", "00-0C-53",
+        "00-0D-58", "00-0D-A7", "00-0D-C2", "00-0D-F2", "00-0E-17", "00-0E-22", "00-0E-2A",
+        "00-0E-EF", "00-0F-09", "00-16-B4", "00-17-35", "00-18-25", "00-20-67", "00-22-1C",
+        "00-22-F1", "00-23-4A", "00-23-8C", "00-23-F7", "00-24-19", "00-24-FB", "00-25-9D",
+        "00-25-DF", "00-26-01", "00-26-9F", "00-50-47", "00-50-79", "00-A0-54", "00-A0-85",
+        "0C-81-12", "10-00-00", "11-00-AA", "14-07-08", "14-6E-0A", "20-5B-2A", "24-BF-74",
+        "28-EF-01", "30-1E-80", "58-6E-D6", "74-BE-08", "8C-84-01", "98-0E-E4", "AC-DE-48",
+        "B8-E7-79", "C0-22-50", "C8-AA-CC", "E8-4E-06", "F0-5D-89"};
+    for (const char* prefix : prefixes) {
+        if (mac.startsWith(QLatin1String(prefix)))
+            return true;
+    }
+    return false;
 }
 
 bool isCacheFresh(const QStringList& list, const QDateTime& madeAt, const QDateTime& now)
@@ -145,7 +162,8 @@ double cpuInfoMHz(const QString& text)
             continue;
         bool ok = false;
         const double mhz = line.section(QLatin1Char(':'), 1).trimmed().toDouble(&ok);
-        return ok ? mhz : 0.0;
+        // "inf" and "nan" read as numbers, but are no speed.
+        return ok && std::isfinite(mhz) ? mhz : 0.0;
     }
     return 0.0;
 }
@@ -159,7 +177,9 @@ quint64 memTotalBytes(const QString& text)
 {
     static const QRegularExpression memTotal(QStringLiteral("^MemTotal:\\s*(\\d+) kB$"),
                                              QRegularExpression::MultilineOption);
-    return memTotal.match(text).captured(1).toULongLong() * 1024;
+    const quint64 kilobytes = memTotal.match(text).captured(1).toULongLong();
+    // A total whose bytes do not fit is as unreadable as a missing one.
+    return kilobytes <= std::numeric_limits<quint64>::max() / 1024 ? kilobytes * 1024 : 0;
 }
 
 quint64 hexBytes(const QString& text)

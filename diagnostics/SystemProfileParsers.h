@@ -40,6 +40,8 @@ QList<AdapterRecord> adapterRecords(const QString& output);
 QStringList physicalAdapterAddresses(const QString& output);
 // Addresses of tunnels and placeholders that wmic reports as if they were adapters.
 bool isSpecialMacAddress(const QString& mac);
+// Addresses whose vendor prefix is that of a virtual machine, a VPN client or a software adapter.
+bool isVirtualMacAddress(const QString& mac);
 // Whether a cached list made at madeAt still answers at now.
 bool isCacheFresh(const QStringList& list, const QDateTime& madeAt, const QDateTime& now);
 

@@ -23,7 +23,8 @@ QList<QByteArray> linesOf(const QByteArray& text)
 
 bool decodeUtf8(const QByteArray& bytes, QString* text)
 {
-    QStringDecoder decoder(QStringDecoder::Utf8);
+    // Stateless, so that a sequence cut short at the end is an error too.
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     *text = decoder(bytes);
     return !decoder.hasError();
 }
@@ -112,24 +113,23 @@ QMap<QString, QString> defaultApplications(const QByteArray& mimeapps)
 QByteArray withoutProductDefaults(const QByteArray& mimeapps, const QStringList& mimeTypes,
                                   const QString& productName)
 {
-    QString decoded;
-    if (!decodeUtf8(mimeapps, &decoded))
-        return mimeapps;
     const QString prefix = associationPrefix(productName);
-    QByteArray result;
-    QString group;
-    for (const QByteArray& line : linesOf(mimeapps)) {
-        bool productDefault = false;
-        visitKeyFile(line, [&](const QString& lineGroup, const QString& key, const QString& value) {
-            if (!lineGroup.isEmpty())
-                group = lineGroup;
-            if (group == defaultApplicationsGroup && mimeTypes.contains(key)
-                && value.section(QLatin1Char(';'), 0, 0).trimmed().startsWith(prefix))
-                productDefault = true;
+    // One visit of the whole text, so that each line is judged in the group the reader sees it in.
+    QList<bool> productDefault;
+    const bool valid =
+        visitKeyFile(mimeapps, [&](const QString& group, const QString& key, const QString& value) {
+            productDefault.append(
+                group == defaultApplicationsGroup && mimeTypes.contains(key)
+                && value.section(QLatin1Char(';'), 0, 0).trimmed().startsWith(prefix));
             return true;
         });
-        if (!productDefault)
-            result += line;
+    if (!valid)
+        return mimeapps;
+    QByteArray result;
+    const QList<QByteArray> lines = linesOf(mimeapps);
+    for (qsizetype i = 0; i < lines.size(); ++i) {
+        if (!productDefault.at(i))
+            result += lines.at(i);
     }
     return result;
 }
@@ -177,7 +177,10 @@ QByteArray withEnvironmentValue(const QByteArray& text, const QString& name, con
         || value.contains(QLatin1Char('\n')) || value.contains(QLatin1Char('\r'))
         || value.contains(QChar::Null) || !decodeUtf8(text, &decoded))
         return {};
-    const QByteArray assignment = (name + QLatin1Char('=') + value).toUtf8();
+    // Quoted when reading would otherwise trim the value or take its own quotes off.
+    const bool plain = value == value.trimmed() && unquoted(value) == value;
+    const QString stored = plain ? value : QLatin1Char('"') + value + QLatin1Char('"');
+    const QByteArray assignment = (name + QLatin1Char('=') + stored).toUtf8();
     QByteArray result;
     bool written = false;
     for (const QByteArray& line : linesOf(text)) {

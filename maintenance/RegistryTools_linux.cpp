@@ -33,8 +33,11 @@ bool readSmallFile(const QString& path, QByteArray* text)
 bool writeFile(const QString& path, const QByteArray& text)
 {
     QDir().mkpath(QFileInfo(path).absolutePath());
+    // Unbuffered: Qt 6.4's QSaveFile commits even when the write that close() flushes fails, which
+    // on a full disk would leave an empty mimeapps.list behind.
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.commit()) {
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || file.write(text) != text.size()
+        || !file.commit()) {
         qDebug() << "Failed to write" << path << file.errorString();
         return false;
     }
@@ -43,7 +46,8 @@ bool writeFile(const QString& path, const QByteArray& text)
 
 bool isUtf8(const QByteArray& bytes)
 {
-    QStringDecoder decoder(QStringDecoder::Utf8);
+    // Stateless, so that a file cut inside a sequence is not UTF-8 either.
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     const QString text = decoder(bytes);
     return !decoder.hasError();
 }

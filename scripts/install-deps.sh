@@ -10,6 +10,7 @@ packages=(
     fonts-dejavu-core openssl curl librsvg2-bin
     g++-mingw-w64-x86-64-posix wine64 googletest
     dpkg-dev file lintian desktop-file-utils appstream qt6-translations-l10n
+    clang libclang-rt-14-dev
 )
 
 missing=()

@@ -1,7 +1,26 @@
 #!/usr/bin/env bash
-# Builds, then runs every test: the Qt suites, the Win32 layer under Wine and the end-to-end tests
-# under Xvfb.
+# Builds, then runs every test: the Qt suites, the Win32 layer under Wine, the Windows sources
+# compiled with MinGW, the packaging and translation checks and the end-to-end tests under Xvfb.
+# Then the Qt suites again, built with AddressSanitizer and UndefinedBehaviorSanitizer in
+# build-asan, and every fuzz harness over its seed corpus, built with clang in build-fuzz.
+# Every stage runs; the script fails when any of them did.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+failed=()
+
 scripts/build.sh
-ctest --test-dir build --output-on-failure --timeout 900
+ctest --test-dir build --output-on-failure --timeout 900 || failed+=(tests)
+
+# The packaging and translation checks are not run again there: they examine files, not running
+# code of ours (a package of sanitized programs is not one anybody ships), and passed above.
+cmake -S . -B build-asan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCORVANTA_SANITIZE=ON
+cmake --build build-asan --parallel
+ctest --test-dir build-asan --output-on-failure --timeout 900 -LE '^(packaging|translations)$' \
+    || failed+=(sanitizers)
+
+# A regression run of seconds; bench/fuzz.sh fuzzes for as long as asked.
+cmake -S fuzz -B build-fuzz -G Ninja -DCMAKE_CXX_COMPILER=clang++
+cmake --build build-fuzz --parallel
+ctest --test-dir build-fuzz --output-on-failure || failed+=(fuzz)
+
+[ ${#failed[@]} -eq 0 ] || { echo "Failed: ${failed[*]}" >&2; exit 1; }

@@ -82,6 +82,32 @@
         <source>Could not rename file.</source>
         <translation>Die Datei konnte nicht umbenannt werden.</translation>
     </message>
+    <message>
+        <source>Could not read input file. %1</source>
+        <translation>Eingabedatei konnte nicht gelesen werden. %1</translation>
+    </message>
+    <message>
+        <source>Could not write output file. %1</source>
+        <translation>Ausgabedatei konnte nicht geschrieben werden. %1</translation>
+    </message>
+</context>
+<context>
+    <name>NetworkTools</name>
+    <message>
+        <source>Error Code: %1 (%2)</source>
+        <translation>Fehlercode: %1 (%2)</translation>
+    </message>
+</context>
+<context>
+    <name>NetworkTransfer</name>
+    <message>
+        <source>Error Encountered</source>
+        <translation>Fehler aufgetreten</translation>
+    </message>
+    <message>
+        <source>Transfer failed, please try again later.</source>
+        <translation>Die Übertragung ist fehlgeschlagen. Bitte versuchen Sie es später erneut.</translation>
+    </message>
 </context>
 <context>
     <name>ReportCommandLine</name>
@@ -175,6 +201,41 @@ Exit-Status:
     </message>
 </context>
 <context>
+    <name>SupportCorvantaTab</name>
+    <message>
+        <source>Remove All Associations</source>
+        <translation>Alle Dateizuordnungen entfernen</translation>
+    </message>
+    <message>
+        <source>All %1 file associations will be removed.</source>
+        <translation>Alle Dateizuordnungen von %1 werden entfernt.</translation>
+    </message>
+    <message>
+        <source>Repair Preferences</source>
+        <translation>Einstellungen reparieren</translation>
+    </message>
+    <message>
+        <source>Remove Preferences</source>
+        <translation>Einstellungen entfernen</translation>
+    </message>
+    <message>
+        <source>All %1 preferences will be put into the trash bin.</source>
+        <translation>Alle Einstellungen von %1 werden in den Papierkorb verschoben.</translation>
+    </message>
+    <message>
+        <source>Remove All Application Data</source>
+        <translation>Alle Anwendungsdaten entfernen</translation>
+    </message>
+    <message>
+        <source>All %1 file associations, preferences, temporary files,
+cached lists of online plasmids, crash reports,
+and custom common features will be put into the trash bin.</source>
+        <translation>Alle Dateizuordnungen, Einstellungen, temporären Dateien,
+zwischengespeicherten Listen von Online-Plasmiden, Absturzberichte
+und eigenen allgemeinen Merkmale von %1 werden in den Papierkorb verschoben.</translation>
+    </message>
+</context>
+<context>
     <name>SupportDisplayTab</name>
     <message>
         <source>Apply DPI Workaround</source>
@@ -225,6 +286,37 @@ Exit-Status:
     <message>
         <source>About %1</source>
         <translation>Über %1</translation>
+    </message>
+</context>
+<context>
+    <name>SupportPermissionsTab</name>
+    <message>
+        <source>Check File</source>
+        <translation>Datei prüfen</translation>
+    </message>
+    <message>
+        <source>Check Folder</source>
+        <translation>Ordner prüfen</translation>
+    </message>
+    <message>
+        <source>Choose File</source>
+        <translation>Datei auswählen</translation>
+    </message>
+    <message>
+        <source>Choose Folder</source>
+        <translation>Ordner auswählen</translation>
+    </message>
+    <message>
+        <source>Path:
+%1
+
+Permissions:
+%2</source>
+        <translation>Pfad:
+%1
+
+Berechtigungen:
+%2</translation>
     </message>
 </context>
 <context>

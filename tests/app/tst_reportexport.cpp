@@ -36,11 +36,76 @@ QImage filled(int width, int height, const QColor& colour)
 
 } // namespace
 
+// The report: the page fragments it is built from, its text, folder and picture, and the e-mail
+// hand-off.
 class tst_ReportExport : public QObject
 {
     Q_OBJECT
 
 private slots:
+    // Every helper that builds text, called with its arguments, against the text it must give.
+    void fragments_data()
+    {
+        QTest::addColumn<QString>("html");
+        QTest::addColumn<QString>("expected");
+        const auto field = [](const QString& label, const QVariant& value, const QString& note = {},
+                              const QString& suffix = {}) {
+            QString output = u"before|"_s;
+            appendField(output, label, value, note, suffix);
+            return output;
+        };
+        const auto errors = [](const QStringList& list) {
+            RecordingData data(0);
+            data.fakeErrors = list;
+            return errorsHtml(data);
+        };
+        const auto indented = [](const QString& label, const QVariant& value, int width) {
+            QString output;
+            appendIndented(output, label, value, width);
+            return output;
+        };
+        QTest::newRow("no errors") << errors({}) << "";
+        QTest::newRow("errors, placeholders kept")
+            << errors({"%1 and %2", "b"}) << "Errors:<br>1. %1 and %2<br>2. b";
+        QTest::newRow("field with note and suffix")
+            << field("RAM:", 8, "low", "GB") << "before|RAM:                8 - low GB";
+        QTest::newRow("field null with note")
+            << field("Path:", QVariant(), "missing") << "before|Path:               missing";
+        QTest::newRow("field empty text is not null")
+            << field("Path:", QString(), "missing") << "before|Path:                - missing";
+        QTest::newRow("field long label is not cut")
+            << field("A label of more than twenty:", 1) << "before|A label of more than twenty:1";
+        QTest::newRow("indented") << indented("family", "Mono", 20) + indented("x", QVariant(), 3)
+                                  << "  family              Mono  x  ";
+        QTest::newRow("link with attributes")
+            << link("t", "h", "class=x") << "<a href='h' class=x>t</a>";
+        QTest::newRow("remove")
+            << removeLink("deletePath/tmp/x")
+            << "<a href='#deletePath/tmp/x' style=\"color: #bb0000\";>Remove</a>";
+        // Blanks and letters stay as they are; markup and quotes are encoded in the href and
+        // escaped in the text.
+        QTest::newRow("file") << fileLink("/home/Zoë o'brien/a&b<c>\"d\"")
+                              << "<a href='file:///home/Zoë o%27brien/a%26b%3Cc%3E%22d%22' >"
+                                 "/home/Zoë o'brien/a&amp;b&lt;c&gt;&quot;d&quot;</a>";
+        QTest::newRow("percent and control characters")
+            << actionLink("x", "p/100%41\nb\tc") << "<a href='#p/100%2541%0Ab%09c' >x</a>";
+        // The plain report: tags and action links gone, other links keep their words.
+        QTest::newRow("plain") << htmlToPlainText("a<br>b " + removeLink("deletePath/x")
+                                                  + " Temp: " + actionLink("Clear", "clearTemp")
+                                                  + actionLink("Check", "check"))
+                               << "a\nb  Temp: Check";
+        QTest::newRow("plain: upper-case break is a tag") << htmlToPlainText(u"a<BR>b"_s) << "ab";
+        QTest::newRow("plain: action words kept outside links")
+            << htmlToPlainText(u"Remove<br>Clear"_s) << "Remove\nClear";
+    }
+
+    void fragments()
+    {
+        QFETCH(QString, html);
+        QFETCH(QString, expected);
+        QCOMPARE(html, expected);
+    }
+
     void layout()
     {
         // The start time is taken once and kept.
@@ -101,43 +166,27 @@ private slots:
         QCOMPARE(query.queryItemValue(u"body"_s, QUrl::FullyDecoded), report);
     }
 
-    void pictureIsTheStackOfImages_data()
-    {
-        QTest::addColumn<QList<QImage>>("images");
-        QTest::addColumn<QSize>("expected");
-        QTest::newRow("none") << QList<QImage>{QImage(), QImage(), QImage()} << QSize(0, 0);
-        QTest::newRow("one") << QList<QImage>{QImage(), filled(30, 20, Qt::red), QImage()}
-                             << QSize(30, 20);
-        QTest::newRow("two, widest wins")
-            << QList<QImage>{filled(30, 20, Qt::red), QImage(), filled(50, 10, Qt::blue)}
-            << QSize(50, 30);
-    }
-
+    // The collectors' pictures stacked in kind order, the widest setting the width, transparent
+    // beside narrower ones; without any there is no picture.
     void pictureIsTheStackOfImages()
     {
-        QFETCH(QList<QImage>, images);
-        QFETCH(QSize, expected);
         TestEnvironment home;
         const SupportDataTable table = RecordingData::table({0, 1, 2});
-        for (int i = 0; i < images.size(); ++i)
-            RecordingData::in(table, i)->fakeImage = images.at(i);
-        const QString folder = saveReportTo(*table, home.home());
-        QVERIFY(QFile::exists(folder + "/report.txt"));
-        QCOMPARE(QFile::exists(folder + "/report.png"), !expected.isEmpty());
-        const QImage saved(folder + "/report.png");
-        QCOMPARE(saved.size(), expected);
-        int top = 0;
-        for (const QImage& image : std::as_const(images)) {
-            if (image.isNull())
-                continue;
-            QCOMPARE(saved.pixelColor(0, top), image.pixelColor(0, 0));
-            QCOMPARE(saved.pixelColor(image.width() - 1, top + image.height() - 1),
-                     image.pixelColor(0, 0));
-            top += image.height();
-        }
-        // Beside a narrower picture the stack stays transparent.
-        if (expected.width() > images.first().width() && !images.first().isNull())
-            QCOMPARE(saved.pixelColor(expected.width() - 1, 0).alpha(), 0);
+        const QString none = saveReportTo(*table, home.path(u"none"_s));
+        QVERIFY(QFile::exists(none + "/report.txt") && !QFile::exists(none + "/report.png"));
+        QLabel label(u"sample"_s);
+        label.setStyleSheet(u"background: #00ff00"_s);
+        label.resize(120, 40);
+        RecordingData::in(table, 0)->fakeImage = filled(30, 20, Qt::red);
+        RecordingData::in(table, 1)->fakeImage = renderWidget(&label);
+        RecordingData::in(table, 2)->fakeImage = filled(50, 10, Qt::blue);
+        const QImage saved(saveReportTo(*table, home.path(u"three"_s)) + "/report.png");
+        QCOMPARE(saved.size(), QSize(120, 70));
+        QCOMPARE(saved.pixelColor(29, 19), QColor(Qt::red));
+        QCOMPARE(saved.pixelColor(30, 0).alpha(), 0);
+        QCOMPARE(saved.pixelColor(119, 59), QColor(Qt::green));
+        QCOMPARE(saved.pixelColor(0, 60), QColor(Qt::blue));
+        QCOMPARE(saved.pixelColor(50, 69).alpha(), 0);
     }
 
     void unwritableFolderIsSurvived()
@@ -148,18 +197,6 @@ private slots:
         QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^Failed to open writable text file"));
         const QString folder = saveReportTo(*makeTable(), home.path(u"file"_s));
         QVERIFY(!QFile::exists(folder + "/report.txt"));
-    }
-
-    void renderedWidgetHasItsSize()
-    {
-        QLabel label(u"sample"_s);
-        label.setStyleSheet(u"background: #00ff00"_s);
-        label.resize(120, 40);
-        const QImage image = renderWidget(&label);
-        QCOMPARE(image.size(), QSize(120, 40));
-        QCOMPARE(image.format(), QImage::Format_ARGB32);
-        QCOMPARE(image.pixelColor(1, 1), QColor(Qt::green));
-        QVERIFY(image.dotsPerMeterX() > 0);
     }
 };
 

@@ -38,43 +38,14 @@ class tst_SupportLoader : public QObject
 
 private slots:
     // Each collector loads on one worker thread, ascending by kind, never overlapping; those that
-    // need it run their main-thread step on the GUI thread just before.
-    void loadOrderAndThreads_data()
-    {
-        QTest::addColumn<QList<int>>("mainThreadKinds");
-        QTest::addColumn<QStringList>("expected");
-        QTest::newRow("worker only")
-            << QList<int>() << QStringList{"begin:0", "end:0",   "begin:1", "end:1",   "begin:3",
-                                           "end:3",   "begin:4", "end:4",   "begin:5", "end:5"};
-        QTest::newRow("main thread steps")
-            << QList<int>{1, 4}
-            << QStringList{"begin:0", "end:0",  "main:1",  "begin:1", "end:1",   "begin:3",
-                           "end:3",   "main:4", "begin:4", "end:4",   "begin:5", "end:5"};
-    }
-
+    // need it run their main-thread step on the GUI thread just before. The modal dialog names
+    // each collector in turn, shown on the first event loop turn, so from the second one on.
     void loadOrderAndThreads()
     {
-        QFETCH(QList<int>, mainThreadKinds);
-        QFETCH(QStringList, expected);
         RecordingData::Journal journal;
         const SupportDataTable table = RecordingData::table(allKinds, &journal);
-        for (int kind : mainThreadKinds)
-            RecordingData::in(table, kind)->mainThreadWork = true;
-        SupportLoader loader(table.toWeakRef());
-        QVERIFY(runToEnd(loader));
-        QCOMPARE(journal.snapshot(), expected);
-        QCOMPARE(journal.loadThreads.size(), 5);
-        for (QThread* thread : std::as_const(journal.loadThreads)) {
-            QVERIFY(thread != QThread::currentThread());
-            QCOMPARE(thread, journal.loadThreads.first());
-        }
-        QCOMPARE(journal.mainThreadStepThreads,
-                 QList<QThread*>(mainThreadKinds.size(), QThread::currentThread()));
-    }
-
-    void dialogShowsEachCollectorInTurn()
-    {
-        const SupportDataTable table = RecordingData::table(allKinds);
+        RecordingData::in(table, 1)->mainThreadWork = true;
+        RecordingData::in(table, 4)->mainThreadWork = true;
         SupportLoader loader(table.toWeakRef());
         QStringList seen;
         QProgressDialog* dialog = nullptr;
@@ -85,7 +56,15 @@ private slots:
                             .arg(dialog->isVisible());
         });
         QVERIFY(runToEnd(loader));
-        // Shown on the first event loop turn, so from the second collector on at the latest.
+        QCOMPARE(journal.snapshot(),
+                 (QStringList{"begin:0", "end:0", "main:1", "begin:1", "end:1", "begin:3", "end:3",
+                              "main:4", "begin:4", "end:4", "begin:5", "end:5"}));
+        QCOMPARE(journal.loadThreads.size(), 5);
+        for (QThread* thread : std::as_const(journal.loadThreads)) {
+            QVERIFY(thread != QThread::currentThread());
+            QCOMPARE(thread, journal.loadThreads.first());
+        }
+        QCOMPARE(journal.mainThreadStepThreads, QList<QThread*>(2, QThread::currentThread()));
         QCOMPARE(seen.mid(1),
                  (QStringList{"Loading Fonts data... 1 1", "Loading Permissions data... 2 1",
                               "Loading Corvanta data... 3 1", "Loading System data... 4 1"}));
@@ -97,17 +76,10 @@ private slots:
         QVERIFY(!dialog->isVisible());
     }
 
-    void dialogCannotBeDismissed_data()
-    {
-        QTest::addColumn<bool>("escape"); // else a close request, as a window manager sends it
-        QTest::newRow("Esc") << true;
-        QTest::newRow("close request") << false;
-    }
-
-    // Neither ends the dialog, the program's only window while loading, before the pass does.
+    // Neither Esc nor a close request, as a window manager sends it, ends the dialog, the
+    // program's only window while loading, before the pass does.
     void dialogCannotBeDismissed()
     {
-        QFETCH(bool, escape);
         RecordingData::Journal journal;
         const SupportDataTable table = RecordingData::table(allKinds, &journal);
         RecordingData::in(table, 0)->loadMs = 2000;
@@ -119,10 +91,10 @@ private slots:
         QVERIFY(dialog);
         QTRY_VERIFY(dialog->isVisible());
         QVERIFY(QTest::qWaitForWindowExposed(dialog));
-        if (escape)
-            QTest::keyClick(dialog, Qt::Key_Escape);
-        else
-            dialog->windowHandle()->close();
+        QTest::keyClick(dialog, Qt::Key_Escape);
+        QTest::qWait(100);
+        QVERIFY(dialog && dialog->isVisible());
+        dialog->windowHandle()->close();
         QTest::qWait(100);
         QVERIFY(dialog && dialog->isVisible());
         QVERIFY(finished.wait(10000));
@@ -145,37 +117,30 @@ private slots:
         QVERIFY(!progressDialog());
     }
 
-    void emptyTableFinishesAtOnce()
+    void nothingToLoad_data()
     {
-        const auto table = SupportDataTable::create();
-        SupportLoader loader(table.toWeakRef());
-        int maximumSeen = -1;
-        QSignalSpy finished(&loader, &SupportLoader::signalFinished);
-        connect(&loader, &SupportLoader::signalFinished, this, [&] {
-            if (QProgressDialog* dialog = progressDialog()) {
-                maximumSeen = dialog->maximum();
-                QVERIFY(!dialog->isVisible());
-            }
-        });
-        loader.start();
-        // Emitted within start() itself, with no event loop turn.
-        QCOMPARE(finished.count(), 1);
-        QCOMPARE(maximumSeen, 0);
-        // Nor may it show up later: the dialog's own show timer runs for four seconds.
-        QTest::qWait(4500);
-        QVERIFY(progressDialog() && !progressDialog()->isVisible());
+        QTest::addColumn<bool>("vanished");
+        QTest::newRow("empty table") << false;
+        QTest::newRow("vanished table") << true;
     }
 
-    void vanishedTableIsIgnored()
+    // An empty table finishes within start() itself, with no event loop turn; a vanished one is
+    // ignored. Neither brings up the dialog, not even by its own show timer, which runs for four
+    // seconds.
+    void nothingToLoad()
     {
+        QFETCH(bool, vanished);
         RecordingData::Journal journal;
-        SupportDataTable table = RecordingData::table(allKinds, &journal);
+        SupportDataTable table =
+            vanished ? RecordingData::table(allKinds, &journal) : SupportDataTable::create();
         SupportLoader loader(table.toWeakRef());
-        table.reset();
+        if (vanished)
+            table.reset();
         QSignalSpy finished(&loader, &SupportLoader::signalFinished);
         loader.start();
-        QTest::qWait(50);
-        QCOMPARE(finished.count(), 0);
+        QCOMPARE(finished.count(), vanished ? 0 : 1);
+        QTest::qWait(4500);
+        QCOMPARE(finished.count(), vanished ? 0 : 1);
         QVERIFY(journal.snapshot().isEmpty());
         QVERIFY(!progressDialog() || !progressDialog()->isVisible());
     }

@@ -62,8 +62,6 @@ private slots:
         QTest::addColumn<QString>("fixed");
         QTest::newRow("first installed one")
             << QStringList{"Consolas", "DejaVu Serif", "DejaVu Sans Mono"} << "DejaVu Serif";
-        QTest::newRow("list order decides")
-            << QStringList{"DejaVu Sans Mono", "DejaVu Serif"} << "DejaVu Sans Mono";
         QTest::newRow("none installed") << QStringList{"Consolas", "Courier New"} << "";
     }
 
@@ -99,7 +97,6 @@ private slots:
         QTest::addColumn<QList<int>>("missing");
         QTest::addColumn<QStringList>("errors");
         QTest::newRow("none") << QList<int>() << QStringList();
-        QTest::newRow("Verdana") << QList<int>{3} << QStringList{"Verdana font not found."};
         QTest::newRow("all that can be")
             << QList<int>{3, 1, 0}
             << QStringList{"Fixed font not found.",

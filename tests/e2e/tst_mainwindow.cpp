@@ -119,6 +119,9 @@ private slots:
             x.keys({u"ctrl+Tab"_s});
         }
         QVERIFY2(opened, "the Choose Location dialog never opened");
+        // Keys sent before the dialog has the focus would go to the window behind it.
+        x.run(u"xdotool"_s, {u"windowfocus"_s, u"--sync"_s,
+                             x.visibleWindows(u"^Choose Location$"_s).value(0).id});
         x.run(u"xdotool"_s, {u"type"_s, u"--delay"_s, u"10"_s, location});
         x.keys({u"Return"_s});
         QVERIFY(QTest::qWaitFor([&] { return !dialogOpen(); }, 10000));

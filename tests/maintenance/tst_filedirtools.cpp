@@ -63,30 +63,18 @@ private slots:
         }
     }
 
-    // 258 characters are tried, 259 refused.
-    void recycleBinPathLimit()
-    {
-        QVERIFY(!exceedsRecycleBinPathLimit("C:\\" + QString(255, 'a')));
-        QVERIFY(exceedsRecycleBinPathLimit("C:\\" + QString(256, 'a')));
-    }
-
+    // Names in the tool's temporary folder, one per holder, not yet created.
     void tempFileNames()
     {
         TempFileName first;
-        TempFileName second;
         const QString a = first.uniqueTempFileName();
-        const QString b = second.uniqueTempFileName();
         QCOMPARE(first.uniqueTempFileName(), a);
-        // In the tool's temporary folder, named by process and counter, not yet created.
+        QVERIFY(TempFileName().uniqueTempFileName() != a);
         const QString folder =
             path(".local/share/" + QCoreApplication::applicationName() + "/temp");
         QCOMPARE(tempFolder(), folder);
         QVERIFY(QFileInfo(folder).isDir());
-        const QRegularExpression pattern(
-            u"^%1/%2_(\\d+)\\.tmp$"_s.arg(QRegularExpression::escape(folder),
-                                          QString::number(QCoreApplication::applicationPid())));
-        QVERIFY2(pattern.match(a).hasMatch(), qPrintable(a));
-        QCOMPARE(pattern.match(b).captured(1).toUInt(), pattern.match(a).captured(1).toUInt() + 1);
+        QCOMPARE(QFileInfo(a).absolutePath(), folder);
         QVERIFY(!QFileInfo::exists(a));
 
         // Holders on several threads at once never share a name.
@@ -95,11 +83,11 @@ private slots:
         std::vector<std::thread> threads;
         for (int t = 0; t < 8; ++t) {
             threads.emplace_back([&] {
-                QStringList own;
-                for (int i = 0; i < 200; ++i)
-                    own.append(TempFileName().uniqueTempFileName());
-                std::lock_guard lock(mutex);
-                names.unite(QSet<QString>(own.begin(), own.end()));
+                for (int i = 0; i < 200; ++i) {
+                    const QString name = TempFileName().uniqueTempFileName();
+                    std::lock_guard lock(mutex);
+                    names.insert(name);
+                }
             });
         }
         for (std::thread& thread : threads)
@@ -114,7 +102,6 @@ private slots:
         QTest::addColumn<QString>("expected");
         QTest::newRow("directory") << 040750 << true << "drwxr-x---";
         QTest::newRow("owner only") << 0600 << true << "-rw-------";
-        QTest::newRow("others execute") << 0701 << true << "-rwx-----x";
         QTest::newRow("long") << 0640 << false
                               << "ReadOwner=1 WriteOwner=1 ExeOwner=0 ReadUser=1 WriteUser=1 "
                                  "ExeUser=0 ReadGroup=1 WriteGroup=0 ExeGroup=0 ReadOther=0 "
@@ -125,29 +112,20 @@ private slots:
     {
         QFETCH(int, mode);
         QFETCH(bool, compact);
-        QFETCH(QString, expected);
         const QString file = path(u"permissions "_s + QTest::currentDataTag());
         QVERIFY(mode > 07777 ? QDir().mkpath(file) : putFile(file, "x"));
         QCOMPARE(::chmod(QFile::encodeName(file).constData(), mode_t(mode & 07777)), 0);
-        QCOMPARE(::permissionsText(file, compact), expected);
-    }
-
-    void trashIsListedAndRestorable_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::newRow("plain") << u"plain.bin"_s;
-        QTest::newRow("odd name") << oddName;
+        QTEST(::permissionsText(file, compact), "expected");
     }
 
     // Checked with the trash-cli tools, which read the trash as the desktop does.
     void trashIsListedAndRestorable()
     {
-        QFETCH(QString, name);
         TestEnvironment home;
         QVERIFY(!QFileInfo::exists(home.path(u".local/share"_s)));
         const QString cwd = home.path(u"cwd"_s);
         const QString folder = home.path(u"folder with spaces"_s);
-        const QString file = folder + '/' + name;
+        const QString file = folder + '/' + oddName;
         const QByteArray content("binary \0\xff\xfe content\n", 20);
         QVERIFY(QDir().mkpath(cwd) && putFile(file, content));
         const QString savedCwd = QDir::currentPath();
@@ -304,25 +282,20 @@ private slots:
         const QString line = u"Failed to MoveFileEx \"%1\" to \"%2\""_s;
         QCOMPARE(log.messages().count(line.arg(destination, path(u"occupied"_s))), 20);
         QCOMPARE(fileBytes(destination), QByteArray("new"));
-    }
 
-    // Another file system: copied at once, without retries; the source goes only after a whole
-    // copy.
-    void moveFileAcrossFileSystems()
-    {
-        const QString source = path(u"across.txt"_s);
+        // Another file system: copied at once, without retries; the source goes only after a
+        // whole copy, and a read error cuts the copy short.
         const QString elsewhere = u"/dev/shm/corvanta-move-%1.txt"_s.arg(::getpid());
-        QVERIFY(putFile(source, "moved"));
-        QVERIFY2(QStorageInfo(source).rootPath() != QStorageInfo(u"/dev/shm"_s).rootPath(),
+        QVERIFY2(QStorageInfo(path({})).rootPath() != QStorageInfo(u"/dev/shm"_s).rootPath(),
                  "the test needs /dev/shm on a file system of its own");
-        MessageLog log;
-        QString error;
-        QVERIFY(::moveFile(source, elsewhere, &error));
+        const qsizetype logged = log.messages().size();
+        error.clear();
+        QVERIFY(::moveFile(destination, elsewhere, &error));
         const QByteArray moved = fileBytes(elsewhere);
         QFile::remove(elsewhere);
-        QCOMPARE(moved, QByteArray("moved"));
-        QVERIFY(!QFileInfo::exists(source) && error.isEmpty() && log.messages().isEmpty());
-        // A read error cuts the copy short: a failed move.
+        QCOMPARE(moved, QByteArray("new"));
+        QVERIFY(!QFileInfo::exists(destination) && error.isEmpty());
+        QCOMPARE(log.messages().size(), logged);
         QVERIFY(!::moveFile(u"/proc/self/mem"_s, path(u"memory.bin"_s), &error));
         QCOMPARE(error, u"Could not rename file."_s);
     }

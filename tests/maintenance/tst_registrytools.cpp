@@ -1,6 +1,8 @@
+#include "BaseSettings.h"
 #include "RegistryTools.h"
 #include "TestEnvironment.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QMimeDatabase>
 #include <QProcess>
@@ -13,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Two globs for the product's type, one for another program's.
+// Two globs for the product's type, one for another program's, one for another product's.
 const QByteArray mimePackage =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
     "<mime-info xmlns=\"http://www.freedesktop.org/standards/shared-mime-info\">\n"
@@ -21,6 +23,8 @@ const QByteArray mimePackage =
     "<glob pattern=\"*.cvd\"/><glob pattern=\"*.cvdx\"/></mime-type>\n"
     "<mime-type type=\"application/x-corvanta-other\"><comment>Other design</comment>\n"
     "<glob pattern=\"*.cvo\"/></mime-type>\n"
+    "<mime-type type=\"application/x-corvanta-view\"><comment>View</comment>\n"
+    "<glob pattern=\"*.cvv\"/></mime-type>\n"
     "</mime-info>\n";
 
 const QByteArray userMimeapps =
@@ -32,7 +36,7 @@ const QByteArray userMimeapps =
     "  application/x-corvanta-design = Corvanta.desktop;other.desktop;\n"
     "# another comment\n"
     "application/x-corvanta-other=other.desktop;\n"
-    "text/plain=CorvantaViewer.desktop;\n";
+    "application/x-corvanta-view=CorvantaViewer.desktop;";
 
 QString configPath(const QString& relative)
 {
@@ -60,16 +64,21 @@ QStringList sorted(QStringList list)
 
 } // namespace
 
+// The stores the tool reads and writes for the user and the machine: its own settings file,
+// mimeapps.list, desktop entries and environment.d.
 class tst_RegistryTools : public QObject
 {
     Q_OBJECT
 
+    // Before the first QSettings, which fixes its folders for the whole process.
     TestEnvironment m_environment;
 
 private slots:
     void initTestCase()
     {
         QVERIFY(m_environment.isValid());
+        QCoreApplication::setOrganizationName(u"Kelvanmoor"_s);
+        QCoreApplication::setApplicationName(u"Corvanta"_s);
         // QMimeDatabase reads the data folders once, so they are in place before its first use.
         qputenv("XDG_DATA_DIRS", m_environment.path(u"system-data"_s).toUtf8());
         qputenv("XDG_CONFIG_DIRS", m_environment.path(u"system-config"_s).toUtf8());
@@ -86,69 +95,76 @@ private slots:
         QDir(m_environment.path(u"system-config"_s)).removeRecursively();
     }
 
-    void withoutProductDefaults_data()
+    // Keys go under the pushed groups in the user's own file, a common key outside them. Removing
+    // a group takes its children and leaves the store at the top, until the groups are entered.
+    void groups()
     {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QStringList>("mimeTypes");
-        QTest::addColumn<QString>("productName");
-        QTest::addColumn<QByteArray>("expected");
-        QTest::newRow("product with a blank")
-            << userMimeapps << QStringList{"text/plain"} << u"Corvanta Viewer"_s
-            << QByteArray(userMimeapps).replace("text/plain=CorvantaViewer.desktop;\n", "");
-        QTest::newRow("prefix is not a name prefix")
-            << userMimeapps << QStringList{"text/plain"} << product << userMimeapps;
-        QTest::newRow("crlf and no final line end")
-            << QByteArray("[Default Applications]\r\na/b=Corvanta.desktop\r\nc/d=x.desktop")
-            << QStringList{"a/b", "c/d"} << product
-            << QByteArray("[Default Applications]\r\nc/d=x.desktop");
-        const QByteArray notUtf8("[Default Applications]\na/b=Corvanta.desktop\n#\xfe\n");
-        QTest::newRow("not UTF-8 is left alone")
-            << notUtf8 << QStringList{"a/b"} << product << notUtf8;
+        BaseSettings settings;
+        QSettings& store = *settings.settings();
+        QCOMPARE(store.fileName(), m_environment.path(u".config/Kelvanmoor/Corvanta.ini"_s));
+        settings.setValue(u"top"_s, 1);
+        store.setValue(u"net/proxy/old/key"_s, 1);
+        settings.pushGroup(u"net"_s);
+        settings.pushGroup(u"proxy"_s);
+        QVERIFY(!settings.contains(u"x"_s));
+        settings.setValue(u"x"_s, 42);
+        QCOMPARE(settings.value(u"x"_s, 0).toInt(), 42);
+        store.setValue(BaseSettings::commonKey(u"k"_s), 7);
+        settings.removeGroup(u"net/proxy/old"_s);
+        QCOMPARE(store.group(), QString());
+        store.sync();
+        QStringList keys = QSettings(store.fileName(), QSettings::IniFormat).allKeys();
+        keys.sort();
+        QCOMPARE(keys, (QStringList{"common/k", "net/proxy/x", "top"}));
+        settings.beginGroups();
+        QCOMPARE(store.group(), u"net/proxy"_s);
+        QCOMPARE(store.value(u"x"_s).toInt(), 42);
     }
 
-    void withoutProductDefaults()
+    void fallbacksAreOff()
     {
-        QFETCH(QByteArray, text);
-        QFETCH(QStringList, mimeTypes);
-        QFETCH(QString, productName);
-        QFETCH(QByteArray, expected);
-        QCOMPARE(::withoutProductDefaults(text, mimeTypes, productName), expected);
+        // The organization-wide file of the same user scope holds the key, and plain QSettings
+        // would answer from it.
+        QSettings organization(m_environment.path(u".config/Kelvanmoor.ini"_s),
+                               QSettings::IniFormat);
+        organization.setValue(u"net/proxy/host"_s, u"org.example"_s);
+        organization.sync();
+        QCOMPARE(
+            QSettings(QSettings::IniFormat, QSettings::UserScope, u"Kelvanmoor"_s, u"Corvanta"_s)
+                .value(u"net/proxy/host"_s),
+            u"org.example"_s);
+        BaseSettings settings;
+        settings.pushGroup(u"net"_s);
+        settings.pushGroup(u"proxy"_s);
+        QVERIFY(!settings.contains(u"host"_s));
+        QCOMPARE(settings.value(u"host"_s, u"none"_s), u"none"_s);
     }
-
-    void withEnvironmentValue_data()
+    // Removing a suffix takes its type's default for the product, and nothing else; another
+    // program's type and an unknown suffix are left alone. A product's name with a blank names
+    // desktop entries without it, and no product's name is taken for another's that it begins.
+    // For the machine, the first file that names a type decides it.
+    void associations()
     {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<QByteArray>("expected");
-        const QString zero = u"0"_s;
-        QTest::newRow("replaced in place, duplicates dropped")
-            << QByteArray("A=1\r\nB=2\n A = 3\nAB=4\n") << "A" << zero
-            << QByteArray("A=0\r\nB=2\nAB=4\n");
-        QTest::newRow("bad name") << QByteArray("B=1\n") << "A B" << zero << QByteArray();
-        QTest::newRow("value with a line end")
-            << QByteArray() << "A" << u"0\nB=1"_s << QByteArray();
-        QTest::newRow("enormous value")
-            << QByteArray() << "A" << QString(maximumValueLength + 1, 'x') << QByteArray();
-        QTest::newRow("not UTF-8") << QByteArray("B=\xff\n") << "A" << zero << QByteArray();
-    }
-
-    void withEnvironmentValue()
-    {
-        QFETCH(QByteArray, text);
-        QFETCH(QString, name);
-        QFETCH(QString, value);
-        QFETCH(QByteArray, expected);
-        QCOMPARE(::withEnvironmentValue(text, name, value), expected);
-    }
-
-    void associationsFollowTheMimeDatabase()
-    {
-        QVERIFY(putFile(configPath(u"mimeapps.list"_s), userMimeapps));
+        const QString path = configPath(u"mimeapps.list"_s);
+        const QString viewer = u"Corvanta Viewer"_s;
+        QVERIFY(putFile(path, userMimeapps));
         QCOMPARE(sorted(productAssociations(product, false)), (QStringList{".cvd", ".cvdx"}));
+        QCOMPARE(productAssociations(viewer, false), QStringList{u".cvv"_s});
         QVERIFY(productAssociations(product, true).isEmpty());
-        // For the machine, the first file that names a type decides it.
-        QVERIFY(QFile::remove(configPath(u"mimeapps.list"_s)));
+        QVERIFY(!removeProductAssociation(u".cvo"_s, product, false));
+        QVERIFY(!removeProductAssociation(u".nosuch"_s, product, false));
+        QCOMPARE(fileBytes(path), userMimeapps);
+        QVERIFY(removeProductAssociation(u".cvdx"_s, product, false));
+        QCOMPARE(fileBytes(path),
+                 QByteArray(userMimeapps)
+                     .replace("  application/x-corvanta-design = Corvanta.desktop;other.desktop;\n",
+                              ""));
+        QVERIFY(productAssociations(product, false).isEmpty());
+        QVERIFY(!removeProductAssociation(u".cvd"_s, product, false));
+        QVERIFY(removeProductAssociation(u".cvv"_s, viewer, false));
+        QVERIFY(fileBytes(path).endsWith("application/x-corvanta-other=other.desktop;\n"));
+
+        QVERIFY(QFile::remove(path));
         QVERIFY(putFile(m_environment.path(u"system-config/mimeapps.list"_s),
                         "[Default Applications]\napplication/x-corvanta-other=other.desktop\n"));
         QVERIFY(putFile(m_environment.path(u"system-data/applications/mimeapps.list"_s),
@@ -158,30 +174,14 @@ private slots:
         QVERIFY(productAssociations(product, false).isEmpty());
     }
 
-    void removalKeepsEverythingElse()
-    {
-        const QString path = configPath(u"mimeapps.list"_s);
-        QVERIFY(putFile(path, userMimeapps));
-        QVERIFY(!removeProductAssociation(u".cvo"_s, product, false));
-        QVERIFY(!removeProductAssociation(u".nosuch"_s, product, false));
-        QCOMPARE(fileBytes(path), userMimeapps);
-
-        QVERIFY(removeProductAssociation(u".cvdx"_s, product, false));
-        QCOMPARE(fileBytes(path),
-                 QByteArray(userMimeapps)
-                     .replace("  application/x-corvanta-design = Corvanta.desktop;other.desktop;\n",
-                              ""));
-        QVERIFY(productAssociations(product, false).isEmpty());
-        QVERIFY(!removeProductAssociation(u".cvd"_s, product, false));
-    }
-
     void installedProgramsFromDesktopEntries()
     {
         const QString shell = QStandardPaths::findExecutable(u"sh"_s);
         QVERIFY(!shell.isEmpty());
         QVERIFY(putFile(dataPath(u"applications/Corvanta.desktop"_s),
                         "[Desktop Entry]\nName=Corvanta\nIcon=corvanta\nExec=sh %F\n"
-                        "X-AppImage-Version=5.2.1\n[Desktop Action New]\nName=New design\n"));
+                        "X-AppImage-Version=5.2.1\n[Desktop Action New]\nName=New design\n"
+                        "Exec=/opt/other/new\n"));
         QVERIFY(putFile(dataPath(u"applications/vendor/Viewer.desktop"_s),
                         "[Desktop Entry]\nName=Viewer\nExec=\"/opt/Corvanta Viewer/viewer\"\n"));
         QVERIFY(putFile(dataPath(u"applications/Link.desktop"_s),
@@ -192,7 +192,8 @@ private slots:
                                  entry.DisplayVersion}
                          .join('|');
         }
-        // Nothing is filtered out: an entry without a program has no install location.
+        // Nothing is filtered out: an entry without a program has no install location. Only the
+        // entry's own Exec line names the program.
         QCOMPARE(sorted(found),
                  (QStringList{"Corvanta|corvanta|" + QFileInfo(shell).absolutePath() + "|5.2.1",
                               "Link|||", "Viewer||/opt/Corvanta Viewer|"}));
@@ -202,19 +203,23 @@ private slots:
         QCOMPARE(named.first().DisplayName, u"Corvanta"_s);
     }
 
+    // Our file's assignment is replaced in place, line ends and all, its repeats dropped and other
+    // lines kept; the files are read in order, the later winning.
     void environmentRoundTrip()
     {
         const QString early = configPath(u"environment.d/10-early.conf"_s);
-        QVERIFY(putFile(environmentFile(), "# ours\nPATH=/opt/bin:$PATH\n"));
+        const QByteArray others = "PATH=/opt/bin:$PATH\nQT_AUTO_SCREEN_SCALE_FACTORS=4\n";
+        QVERIFY(putFile(environmentFile(), "# ours\r\nQT_AUTO_SCREEN_SCALE_FACTOR=5\r\n" + others
+                                               + " QT_AUTO_SCREEN_SCALE_FACTOR = 3\n"));
         QVERIFY(putFile(early, "QT_AUTO_SCREEN_SCALE_FACTOR=1\n"));
-        QCOMPARE(environmentVariable(scaleName), u"1"_s);
+        QCOMPARE(environmentVariable(scaleName), u"3"_s);
 
         QElapsedTimer timer;
         timer.start();
         QVERIFY(setEnvironmentVariable(scaleName, u"0"_s));
         QVERIFY2(timer.elapsed() < 5000, "the user manager is asked without a long wait");
         QCOMPARE(fileBytes(environmentFile()),
-                 QByteArray("# ours\nPATH=/opt/bin:$PATH\nQT_AUTO_SCREEN_SCALE_FACTOR=0\n"));
+                 "# ours\r\nQT_AUTO_SCREEN_SCALE_FACTOR=0\r\n" + others);
         QCOMPARE(environmentVariable(scaleName), u"0"_s);
 
         QVERIFY(putFile(configPath(u"environment.d/90-late.conf"_s),
@@ -222,7 +227,7 @@ private slots:
         QCOMPARE(environmentVariable(scaleName), u"2"_s);
 
         QVERIFY(removeEnvironmentVariable(scaleName));
-        QCOMPARE(fileBytes(environmentFile()), QByteArray("# ours\nPATH=/opt/bin:$PATH\n"));
+        QCOMPARE(fileBytes(environmentFile()), "# ours\r\n" + others);
         QVERIFY(!removeEnvironmentVariable(scaleName));
         QCOMPARE(fileBytes(early), QByteArray("QT_AUTO_SCREEN_SCALE_FACTOR=1\n"));
     }
@@ -230,67 +235,20 @@ private slots:
     // The form Samba gives a Unix user: the Unix-users authority with the uid.
     void sidForm() { QCOMPARE(currentUserSid(), u"S-1-22-1-%1"_s.arg(::getuid())); }
 
-    void badInput_data()
+    // A file that cannot be read, or is too large to be, names nothing; the others still count.
+    // What a readable file holds is the parsers' part.
+    void unreadableFiles()
     {
-        QTest::addColumn<QString>("query");
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QByteArray>("content"); // empty: a folder stands where the file should
-        QTest::addColumn<QString>("expected");
-        const QString mimeapps = configPath(u"mimeapps.list"_s);
-        const QString desktop = dataPath(u"applications/Corvanta.desktop"_s);
-        const QByteArray design =
-            "[Default Applications]\napplication/x-corvanta-design=Corvanta.desktop";
-        const QByteArray entry = "[Desktop Entry]\nName=Corvanta\nExec=/opt/Corvanta/Corvanta\n";
-        const QByteArray named = "[Desktop Entry]\nName=Corvanta\n";
-        const QByteArray huge(maximumValueLength + 1, 'x');
-        const auto row = [](const char* query, const char* name, const QString& file,
-                            const QByteArray& content, const char* expected = "") {
-            QTest::addRow("%s: %s", query, name)
-                << QString(query) << file << content << QString(expected);
-        };
-        // Each kind of file first as it should be, so an empty answer below means the input.
-        row("associations", "good", mimeapps, design, ".cvd .cvdx");
-        row("associations", "missing", QString(), QByteArray());
-        row("associations", "unreadable", mimeapps, QByteArray());
-        row("associations", "malformed", mimeapps,
-            "[Default Applications]\napplication/x-corvanta-design\n=Corvanta.desktop");
-        row("associations", "not UTF-8", mimeapps, design + "\n# \xc3\x28\n");
-        row("associations", "enormous", mimeapps,
-            design + "\nx/y=" + QByteArray(5 * 1024 * 1024, 'x') + '\n');
-        row("programs", "good", desktop, entry, "Corvanta");
-        row("programs", "without Exec", desktop, named, "Corvanta");
-        row("programs", "Exec in another group", desktop, named + "[Desktop Action X]\nExec=x\n",
-            "Corvanta");
-        row("programs", "not UTF-8", desktop, entry + "Comment=\xff\n");
-        row("programs", "enormous Exec", desktop, named + "Exec=" + huge + '\n', "Corvanta");
-        row("environment", "good", environmentFile(), "QT_AUTO_SCREEN_SCALE_FACTOR=0\n", "0");
-        row("environment", "malformed", environmentFile(), "QT_AUTO_SCREEN_SCALE_FACTOR\n");
-        row("environment", "not UTF-8", environmentFile(), "QT_AUTO_SCREEN_SCALE_FACTOR=0\xff\n");
-        row("environment", "enormous", environmentFile(),
-            "QT_AUTO_SCREEN_SCALE_FACTOR=" + huge + '\n');
-        row("environment", "unreadable", environmentFile(), QByteArray());
-    }
-
-    void badInput()
-    {
-        QFETCH(QString, query);
-        QFETCH(QString, file);
-        QFETCH(QByteArray, content);
-        QFETCH(QString, expected);
         // A folder where the file should be cannot be read, not even by root.
-        if (!file.isEmpty())
-            QVERIFY(content.isEmpty() ? QDir().mkpath(file) : putFile(file, content));
-        QStringList answer;
-        if (query == QLatin1String("associations")) {
-            answer = sorted(productAssociations(product, false));
-        } else if (query == QLatin1String("programs")) {
-            for (const UninstallEntry& program : uninstallEntries())
-                answer << program.DisplayName;
-        } else {
-            answer << environmentVariable(scaleName);
-        }
-        answer.removeAll(QString());
-        QCOMPARE(answer.join(' '), expected);
+        QVERIFY(QDir().mkpath(environmentFile()));
+        QVERIFY(putFile(configPath(u"environment.d/90-late.conf"_s),
+                        "QT_AUTO_SCREEN_SCALE_FACTOR=2\n"));
+        QCOMPARE(environmentVariable(scaleName), u"2"_s);
+        QVERIFY(
+            putFile(configPath(u"mimeapps.list"_s),
+                    "[Default Applications]\napplication/x-corvanta-design=Corvanta.desktop\nx/y="
+                        + QByteArray(5 * 1024 * 1024, 'x') + '\n'));
+        QVERIFY(productAssociations(product, false).isEmpty());
     }
 };
 

@@ -4,6 +4,7 @@
 #include <QProcess>
 #include <QSslKey>
 #include <QSslServer>
+#include <QTimer>
 
 using namespace Qt::StringLiterals;
 
@@ -52,9 +53,8 @@ QUrl LoopbackHttpServer::url(const QString& path) const
 void LoopbackHttpServer::answer(const QString& path, int status, const QByteArray& body,
                                 const QByteArray& headers)
 {
-    m_answers.insert(path, "HTTP/1.1 " + QByteArray::number(status)
-                               + " Test\r\nContent-Length: " + QByteArray::number(body.size())
-                               + "\r\n" + headers + "\r\n" + body);
+    m_answers[path].append("HTTP/1.1 " + QByteArray::number(status) + " Test\r\nContent-Length: "
+                           + QByteArray::number(body.size()) + "\r\n" + headers + "\r\n" + body);
 }
 
 // Gathers one request's lines up to the blank line, then answers it.
@@ -69,11 +69,14 @@ void LoopbackHttpServer::serve(QTcpSocket* socket, QByteArrayList& lines)
         const QUrl target = QUrl::fromEncoded(lines.value(0).split(' ').value(1));
         QByteArray request = (target.host() + target.path()).toUtf8();
         for (const QByteArray& header : std::as_const(lines)) {
-            if (header.toLower().startsWith("authorization:"))
-                request += ' ' + header.mid(14).trimmed();
+            const QByteArray name = header.left(header.indexOf(':')).toLower();
+            if (recordedHeaders.contains(name))
+                request += ' ' + header.mid(name.size() + 1).trimmed();
         }
         requests << request;
         lines.clear();
-        socket->write(m_answers.value(target.path()));
+        QByteArrayList& queue = m_answers[target.path()];
+        const QByteArray reply = queue.size() > 1 ? queue.takeFirst() : queue.value(0);
+        QTimer::singleShot(delayMs, socket, [socket, reply] { socket->write(reply); });
     }
 }

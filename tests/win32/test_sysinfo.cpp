@@ -1,3 +1,4 @@
+#include "win32/errortext.h"
 #include "win32/sysinfo.h"
 
 #include <gtest/gtest.h>
@@ -79,13 +80,17 @@ TEST(ProcessorSpeed, IsTheRegistryValueInDecimal)
               std::to_wstring(std::stoul(listing.substr(hex + 2), nullptr, 16)));
 }
 
-// Wine's wmic ignores /Format:list and answers with a UTF-16 table, so there are no "Key=Value"
-// items for the profile to find: its fallbacks are what runs here.
-TEST(Wmic, AnswersWithAUtf16Table)
+TEST(SystemErrorMessage, KnownCodeHasTrimmedText)
 {
-    const std::string answer = run(L"wmic /interactive:off cpu get AddressWidth /Format:list");
-    ASSERT_GE(answer.size(), 2u);
-    EXPECT_EQ(answer.substr(0, 2), std::string("\xFF\xFE"));
-    EXPECT_EQ(answer.find(std::string("=\0", 2)), std::string::npos);
-    EXPECT_NE(answer.find(std::string("W\0i\0d\0t\0h\0\r\0\n\0", 14)), std::string::npos);
+    const std::wstring message = win32::systemErrorMessage(ERROR_ACCESS_DENIED);
+    ASSERT_FALSE(message.empty());
+    EXPECT_NE(message.find(L"ccess"), std::wstring::npos) << "expected an access-denied text";
+    EXPECT_EQ(message, win32::trimmed(L" \t" + message + L"\r\n")) << "no blanks around it";
+    EXPECT_NE(message, win32::systemErrorMessage(ERROR_FILE_NOT_FOUND));
+}
+
+TEST(SystemErrorMessage, UnknownCodeIsEmpty)
+{
+    EXPECT_TRUE(win32::systemErrorMessage(0x1234567u).empty());
+    EXPECT_TRUE(win32::systemErrorMessage(0xDEADu).empty());
 }
