@@ -25,23 +25,31 @@ QList<Item> items(const ReportDocument::Section& section)
     for (const auto& [index, line] : section.lines()) {
         const ReportField* field = index >= 0 ? &section.fields.at(index) : nullptr;
         // Text laid out as a label over several lines, such as a listing, is compared by line.
-        if (!field || field->label.contains(QLatin1Char('\n'))) {
+        if (field && field->label.contains(QLatin1Char('\n'))) {
+            heading.clear();
             for (const QString& piece : line.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
                 if (!piece.trimmed().isEmpty())
                     items.append({{}, {}, piece.trimmed()});
             }
             continue;
         }
-        // An indented line belongs to the heading above it.
+        // Text written without the helpers goes under the heading above it, such as an
+        // extension under its associations.
+        if (!field) {
+            items.append({{}, heading, line.trimmed()});
+            continue;
+        }
+        // An indented line belongs to the heading above it: a label without a value.
         const bool indented = field->label.startsWith(QLatin1Char(' '));
         if (!indented)
-            heading = field->label.trimmed();
-        const QString name =
-            indented ? (heading + QLatin1Char(' ') + field->label.trimmed()).trimmed() : heading;
+            heading = field->value.isNull() ? field->label.trimmed() : QString();
+        const QString name = indented ? (heading + QLatin1Char(' ') + field->label.trimmed())
+                                      : field->label.trimmed();
         QString shown = field->value;
         if (!field->note.isEmpty())
             shown += (field->value.isNull() ? QString() : QStringLiteral(" - ")) + field->note;
-        items.append({heading + QLatin1Char('\n') + field->label, name, shown.trimmed()});
+        items.append({(indented ? heading : QString()) + QLatin1Char('\n') + field->label,
+                      name.trimmed(), shown.trimmed()});
     }
     return items;
 }

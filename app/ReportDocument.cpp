@@ -36,10 +36,11 @@ QList<QPair<int, QString>> ReportDocument::Section::lines() const
     for (int i = 0; i < fields.size(); ++i) {
         const ReportField& field = fields.at(i);
         const QString shown = valueAndNote(field);
-        // The field's line starts with its label; padding, the value and the note follow.
+        // The field's line starts with its label, unless the field follows the one before on its
+        // line; padding, the value and the note follow.
         for (qsizetype at = text.indexOf(field.label, position); at >= 0;
              at = text.indexOf(field.label, at + 1)) {
-            if (at > 0 && text.at(at - 1) != QLatin1Char('\n'))
+            if (at > 0 && text.at(at - 1) != QLatin1Char('\n') && at != position)
                 continue;
             const qsizetype rest = at + field.label.size();
             qsizetype end = text.indexOf(QLatin1Char('\n'), rest);

@@ -21,7 +21,8 @@ struct ReportDocument
         QString text;              // the page in plain text
 
         // The page's lines in order, each with the index of the field it shows, or -1 for text
-        // the collector wrote without the field helpers. Blank lines are left out.
+        // the collector wrote without the field helpers. Blank lines are left out; a field laid
+        // out over several lines, such as a listing, comes as one.
         QList<QPair<int, QString>> lines() const;
     };
 
