@@ -13,6 +13,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QUdpSocket>
 
 using namespace Qt::StringLiterals;
 
@@ -95,6 +96,33 @@ private slots:
         const QString page = tab.findChild<QLabel*>()->text();
         QVERIFY2(page.contains(u"External IP Address:<br>  <br><br>WinInet:            Error"_s),
                  qPrintable(page));
+    }
+
+    // With the name server silent as well, the headless report asks all its questions at once and
+    // waits once, for the 10 s bound, not for the name server's 8 s first and the bound after.
+    void headlessReportWaitsOnce()
+    {
+        TestEnvironment home;
+        QUdpSocket nameServer;
+        QVERIFY(nameServer.bind(QHostAddress(u"127.0.0.3"_s), 53));
+        const QString resolver = m_files.filePath(u"resolv.conf"_s);
+        QVERIFY(putFile(resolver, "nameserver 127.0.0.3\noptions timeout:8 attempts:1\n"));
+        // A mount namespace of the report's own: the silent name server is for it alone.
+        QProcess report;
+        report.start(u"unshare"_s, {u"-m"_s, u"sh"_s, u"-c"_s,
+                                    u"mount --bind \"$0\" /etc/resolv.conf && exec \"$1\""_s,
+                                    resolver, QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY)});
+        QElapsedTimer clock;
+        clock.start();
+        QVERIFY(report.waitForFinished(60000));
+        const qint64 took = clock.elapsed();
+        QCOMPARE(report.exitCode(), 0);
+        QVERIFY2(nameServer.hasPendingDatagrams(), "the report never asked the name server");
+        QVERIFY2(took >= 9000, "the report did not wait for the silent network");
+        QVERIFY2(took < 14000, qPrintable(u"the report waited %1 ms"_s.arg(took)));
+        const QString text = QString::fromUtf8(report.readAllStandardOutput());
+        QVERIFY2(text.contains(u"External IP Address:\n  \n\nWinInet:            Error"_s),
+                 qPrintable(text));
     }
 };
 
