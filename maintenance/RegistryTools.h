@@ -36,7 +36,10 @@ QStringList productAssociations(const QString& productName, bool machine);
 // Removes the association only while it still points at the product.
 bool removeProductAssociation(const QString& extension, const QString& productName, bool machine);
 
-QList<UninstallEntry> uninstallEntries();
+// The installed programs whose display name contains nameContains, in any case; all of them when
+// it is empty. Asking only for the product's spares reading every other program's version, which
+// on Linux is a search of the package database.
+QList<UninstallEntry> uninstallEntries(const QString& nameContains = QString());
 
 // The user's own environment, which programs started later inherit.
 QString environmentVariable(const QString& name);

@@ -195,7 +195,7 @@ bool removeProductAssociation(const QString& extension, const QString& productNa
     return removed;
 }
 
-QList<UninstallEntry> uninstallEntries()
+QList<UninstallEntry> uninstallEntries(const QString& nameContains)
 {
     QList<UninstallEntry> entries;
     QStringList unversioned;
@@ -205,6 +205,10 @@ QList<UninstallEntry> uninstallEntries()
                         QDir::Files, QDirIterator::Subdirectories);
         while (it.hasNext()) {
             const QString path = it.next();
+            const QString displayName =
+                readStringValue(path, desktopEntryGroup, QStringLiteral("Name"));
+            if (!displayName.contains(nameContains, Qt::CaseInsensitive))
+                continue;
             // Every entry is listed, as every uninstall key is; one without a program to run has
             // no install location.
             const QString program =
@@ -216,7 +220,7 @@ QList<UninstallEntry> uninstallEntries()
             entry.InstallLocation =
                 resolved.isEmpty() ? QString() : QFileInfo(resolved).absolutePath();
             entry.DisplayIcon = readStringValue(path, desktopEntryGroup, QStringLiteral("Icon"));
-            entry.DisplayName = readStringValue(path, desktopEntryGroup, QStringLiteral("Name"));
+            entry.DisplayName = displayName;
             entry.DisplayVersion =
                 readStringValue(path, desktopEntryGroup, QStringLiteral("X-AppImage-Version"));
             if (entry.DisplayVersion.isEmpty())

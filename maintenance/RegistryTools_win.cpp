@@ -33,14 +33,16 @@ bool removeProductAssociation(const QString& extension, const QString& productNa
                                            machine);
 }
 
-QList<UninstallEntry> uninstallEntries()
+QList<UninstallEntry> uninstallEntries(const QString& nameContains)
 {
     QList<UninstallEntry> entries;
     for (const win32::UninstallEntry& entry : win32::uninstallEntries()) {
-        entries.append({QString::fromStdWString(entry.installLocation),
-                        QString::fromStdWString(entry.displayIcon),
-                        QString::fromStdWString(entry.displayName),
-                        QString::fromStdWString(entry.displayVersion)});
+        const QString displayName = QString::fromStdWString(entry.displayName);
+        if (displayName.contains(nameContains, Qt::CaseInsensitive)) {
+            entries.append({QString::fromStdWString(entry.installLocation),
+                            QString::fromStdWString(entry.displayIcon), displayName,
+                            QString::fromStdWString(entry.displayVersion)});
+        }
     }
     return entries;
 }

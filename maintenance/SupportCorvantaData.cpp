@@ -154,7 +154,7 @@ void SupportCorvantaData::load()
 
     d->versions.clear();
     const QString lowerProduct = product.toLower();
-    for (const UninstallEntry& entry : uninstallEntries()) {
+    for (const UninstallEntry& entry : uninstallEntries(product)) {
         const QString displayName = entry.DisplayName.toLower();
         if (!displayName.contains(lowerProduct)
             || (isFullEdition() && displayName.contains(QLatin1String("viewer"))))

@@ -197,6 +197,10 @@ private slots:
         QCOMPARE(sorted(found),
                  (QStringList{"Corvanta|corvanta|" + QFileInfo(shell).absolutePath() + "|5.2.1",
                               "Link|||", "Viewer||/opt/Corvanta Viewer|"}));
+        // Asked for the product's, in another case, only its entry comes.
+        const QList<UninstallEntry> named = uninstallEntries(u"CORVANTA"_s);
+        QCOMPARE(named.size(), 1);
+        QCOMPARE(named.first().DisplayName, u"Corvanta"_s);
     }
 
     // Our file's assignment is replaced in place, line ends and all, its repeats dropped and other
