@@ -24,7 +24,6 @@ export QT_QPA_PLATFORM=offscreen
 unset DISPLAY WAYLAND_DISPLAY
 results=$(mktemp --suffix=.json)
 trap 'rm -f "$results"' EXIT
-# The tools run one after another in rounds, so a busy moment of the machine falls on all of them.
 unshare -rn hyperfine -N --warmup 3 --runs "${RUNS:-20}" --export-json "$results" --style basic \
     -n corvanta-support-report "$report" \
     -n qtdiag6 "/usr/lib/qt6/bin/qtdiag6" \
