@@ -26,7 +26,12 @@ SupportLoader::SupportLoader(const SupportDataTableRef& table, QObject* parent)
 
 SupportLoader::~SupportLoader()
 {
-    delete d->dialog.data();
+    // The filter goes first: the dialog sends events while it is destroyed, when it is no longer
+    // a QProgressDialog that the filter could look at.
+    if (d->dialog) {
+        d->dialog->removeEventFilter(this);
+        delete d->dialog.data();
+    }
     // A quit during a load waits for the collector in hand, however long it takes: destroying the
     // thread under it would abort the program. Waits that watch for it, such as the connectivity
     // probe, give up at once.
