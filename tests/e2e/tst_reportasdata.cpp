@@ -75,11 +75,6 @@ QString savedFolder(const QString& parent)
     return folders.size() == 1 ? parent + '/' + folders.first() : QString();
 }
 
-QString valueText(const QJsonValue& value)
-{
-    return value.isNull() ? QString() : value.toString();
-}
-
 // Every value the page gives under the label, the items of a list included.
 QStringList valuesOf(const QJsonObject& root, const QString& label)
 {
@@ -90,14 +85,14 @@ QStringList valuesOf(const QJsonObject& root, const QString& label)
             const QString fieldLabel = field[u"label"_s].toString();
             if (!fieldLabel.startsWith(' '))
                 heading = fieldLabel;
-            if (heading == label && !valueText(field[u"value"_s]).trimmed().isEmpty())
-                values << valueText(field[u"value"_s]).trimmed();
+            if (heading == label && !field[u"value"_s].toString().trimmed().isEmpty())
+                values << field[u"value"_s].toString().trimmed();
         }
     }
     return values;
 }
 
-// The value in every case, and an address in each of its forms.
+// An address in each of its forms; the outputs are searched in any case.
 QStringList spellings(const QString& value)
 {
     QStringList forms{value};
@@ -118,8 +113,6 @@ QStringList spellings(const QString& value)
     } else if (value.count('-') == 4) {
         forms << QString(value).remove('-');
     }
-    for (const QString& form : QStringList(forms))
-        forms << form.toUpper() << form.toLower();
     return forms;
 }
 
@@ -211,7 +204,7 @@ private slots:
             for (const QJsonValue& field : section[u"fields"_s].toArray()) {
                 const QJsonValue value = field[u"value"_s];
                 const QString note = field[u"note"_s].toString();
-                const QString shown = valueText(value)
+                const QString shown = value.toString()
                                       + (note.isEmpty() || value.isNull() ? QString() : u" - "_s)
                                       + note;
                 const QRegularExpression line(
