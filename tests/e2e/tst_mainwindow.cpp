@@ -17,7 +17,9 @@ bool pressUntil(const XvfbServer& x, const std::function<bool()>& done, int pres
 {
     for (int press = 0; press < presses; ++press) {
         x.keys({u"Tab"_s, u"space"_s});
-        if (QTest::qWaitFor(done, 300))
+        // Long enough for a dialog to open under a sanitized build: a key sent after it opens
+        // would go to the dialog instead of the page.
+        if (QTest::qWaitFor(done, 1500))
             return true;
     }
     return false;
