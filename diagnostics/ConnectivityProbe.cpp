@@ -36,6 +36,12 @@ void whenReachable(const QUrl& url, QObject* context, const std::function<void(b
             answer(!host.addresses().isEmpty());
         });
     };
+    // Without a route off the machine no proxy could carry the request either; only a host the
+    // machine names itself, such as one its hosts file puts on loopback, can answer.
+    if (!hasRouteOut()) {
+        lookUp(false);
+        return;
+    }
     if (QThread::currentThread() != QCoreApplication::instance()->thread()) {
         lookUp(proxyCarries());
         return;

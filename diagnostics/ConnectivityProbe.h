@@ -24,3 +24,7 @@ QString connectivityProbeAgent();
 // loop, and none comes once context is gone. The proxy question can read the desktop's settings,
 // so the GUI thread has it asked on a thread of its own.
 void whenReachable(const QUrl& url, QObject* context, const std::function<void(bool)>& answer);
+
+// Whether the routing table has a way off the machine, for IPv4 or IPv6. Asks only the table:
+// nothing is sent.
+bool hasRouteOut();

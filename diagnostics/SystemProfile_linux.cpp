@@ -6,7 +6,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QSet>
 #include <QSysInfo>
 
@@ -15,6 +14,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace {
@@ -38,6 +38,15 @@ bool onlineFlag(const QString& path)
     const ssize_t size = ::read(fd, flag, sizeof flag);
     ::close(fd);
     return size > 0 && QByteArray(flag, int(size)).trimmed() == "1";
+}
+
+// "memory" and a number; the folder holds other entries too.
+bool isMemoryBlock(const QString& name)
+{
+    const QLatin1String prefix("memory");
+    return name.size() > prefix.size() && name.startsWith(prefix)
+           && std::all_of(name.cbegin() + prefix.size(), name.cend(),
+                          [](QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); });
 }
 
 QString osReleaseText()
@@ -122,11 +131,10 @@ quint64 onlineMemoryBytes(const QString& memoryRoot)
 {
     const quint64 blockSize =
         SystemProfileParsers::hexBytes(fileText(memoryRoot + QStringLiteral("/block_size_bytes")));
-    static const QRegularExpression blockName(QStringLiteral("^memory\\d+$"));
     quint64 onlineBlocks = 0;
     const QStringList blocks = QDir(memoryRoot).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     for (const QString& block : blocks) {
-        if (blockName.match(block).hasMatch()
+        if (isMemoryBlock(block)
             && onlineFlag(memoryRoot + QLatin1Char('/') + block + QStringLiteral("/online")))
             ++onlineBlocks;
     }
