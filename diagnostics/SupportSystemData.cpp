@@ -308,7 +308,7 @@ void SupportSystemData::waitForNetwork()
     connect(this, &SupportSystemData::signalExternalIpFinished, &loop, quitWhenIn);
     connect(this, &SupportSystemData::signalProbeFinished, &loop, quitWhenIn);
     connect(this, &SupportSystemData::signalLocalAddressesFound, &loop, quitWhenIn);
-    // Both give up on their own after this long; the bound holds even if one did not.
+    // Each gives up on its own after this long; the bound holds even if one did not.
     QTimer::singleShot(connectivityProbeTimeout, &loop, &QEventLoop::quit);
     if (isNetworkPending())
         loop.exec();
