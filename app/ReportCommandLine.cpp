@@ -52,19 +52,19 @@ struct ReportCommandLine::Private
         QStringLiteral("FORMAT"), QStringLiteral("text")};
     QCommandLineOption redact{
         QStringLiteral("redact"),
-        ReportCommandLine::tr("Replace the host name, the user name, MAC and IP addresses and\n"
-                              "the product's user identifier with placeholders such as host-1;\n"
+        ReportCommandLine::tr("Replace the host name, the user name, MAC and IP addresses and "
+                              "the product's user identifier with placeholders such as host-1; "
                               "the home folder becomes ~. Applies to everything written.")};
     QCommandLineOption save{
         QStringLiteral("save"),
-        ReportCommandLine::tr("Also write the report into a new folder \"Corvanta Support\n"
-                              "Report <UTC time>\" in DIR: report.txt, report.png,\n"
+        ReportCommandLine::tr("Also write the report into a new folder \"Corvanta Support "
+                              "Report <UTC time>\" in DIR: report.txt, report.png, "
                               "report.json and SHA256SUMS."),
         QStringLiteral("DIR")};
     QCommandLineOption diff{
         QStringLiteral("diff"),
-        ReportCommandLine::tr("Print what changed since the JSON report EARLIER, section by\n"
-                              "section, instead of the report; with LATER, what changed\n"
+        ReportCommandLine::tr("Print what changed since the JSON report EARLIER, section by "
+                              "section, instead of the report; with LATER, what changed "
                               "between the two files."),
         QStringLiteral("EARLIER")};
     QString refusal;

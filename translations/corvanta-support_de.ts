@@ -144,28 +144,16 @@ Desktops wird verwendet, wenn es eine gibt.</translation>
         <translation>Den Bericht als Text (Vorgabe) oder als json ausgeben.</translation>
     </message>
     <message>
-        <source>Replace the host name, the user name, MAC and IP addresses and
-the product&apos;s user identifier with placeholders such as host-1;
-the home folder becomes ~. Applies to everything written.</source>
-        <translation>Rechnernamen, Benutzernamen, MAC- und IP-Adressen und die
-Benutzerkennung des Produkts durch Platzhalter wie host-1 ersetzen;
-der Benutzerordner wird zu ~. Gilt für alles Geschriebene.</translation>
+        <source>Replace the host name, the user name, MAC and IP addresses and the product&apos;s user identifier with placeholders such as host-1; the home folder becomes ~. Applies to everything written.</source>
+        <translation>Rechnernamen, Benutzernamen, MAC- und IP-Adressen und die Benutzerkennung des Produkts durch Platzhalter wie host-1 ersetzen; der Benutzerordner wird zu ~. Gilt für alles Geschriebene.</translation>
     </message>
     <message>
-        <source>Also write the report into a new folder &quot;Corvanta Support
-Report &lt;UTC time&gt;&quot; in DIR: report.txt, report.png,
-report.json and SHA256SUMS.</source>
-        <translation>Den Bericht zusätzlich in einen neuen Ordner „Corvanta Support
-Report &lt;UTC-Zeit&gt;“ in DIR schreiben: report.txt, report.png,
-report.json und SHA256SUMS.</translation>
+        <source>Also write the report into a new folder &quot;Corvanta Support Report &lt;UTC time&gt;&quot; in DIR: report.txt, report.png, report.json and SHA256SUMS.</source>
+        <translation>Den Bericht zusätzlich in einen neuen Ordner „Corvanta Support Report &lt;UTC-Zeit&gt;“ in DIR schreiben: report.txt, report.png, report.json und SHA256SUMS.</translation>
     </message>
     <message>
-        <source>Print what changed since the JSON report EARLIER, section by
-section, instead of the report; with LATER, what changed
-between the two files.</source>
-        <translation>Statt des Berichts ausgeben, was sich seit dem JSON-Bericht
-EARLIER geändert hat, Abschnitt für Abschnitt; mit LATER, was
-sich zwischen den beiden Dateien geändert hat.</translation>
+        <source>Print what changed since the JSON report EARLIER, section by section, instead of the report; with LATER, what changed between the two files.</source>
+        <translation>Statt des Berichts ausgeben, was sich seit dem JSON-Bericht EARLIER geändert hat, Abschnitt für Abschnitt; mit LATER, was sich zwischen den beiden Dateien geändert hat.</translation>
     </message>
     <message>
         <source>With --diff, a later JSON report to compare instead of the machine.</source>
