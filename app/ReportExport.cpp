@@ -1,11 +1,10 @@
 #include "ReportExport.h"
 
-#include "FileDirTools.h"
-#include "ReportFragments.h"
+#include "ReportBundle.h"
+#include "ReportDocument.h"
 
 #include <QClipboard>
 #include <QCoreApplication>
-#include <QDebug>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileDialog>
@@ -62,16 +61,7 @@ QString supportEmailAddress()
 
 QString reportText(const SupportDataMap& table)
 {
-    QString report =
-        QStringLiteral("Generated: ") + startTime.toString(Qt::TextDate) + QStringLiteral("\n\n");
-    for (const auto& [kind, data] : table) {
-        if (!data)
-            continue;
-        report += QString(50, QLatin1Char('=')) + QLatin1Char('\n') + data->name()
-                  + QStringLiteral("\n\n") + htmlToPlainText(*data->text())
-                  + QStringLiteral("\n\n");
-    }
-    return report;
+    return ReportDocument::fromTable(table, false).text();
 }
 
 void copyReport(const SupportDataMap& table)
@@ -99,23 +89,21 @@ void saveReport(const SupportDataMap& table)
 
 QString saveReportTo(const SupportDataMap& table, const QString& parent, const QDateTime& now)
 {
-    const QString folder = parent + QLatin1Char('/') + reportFolderName(now);
-    QDir().mkpath(folder);
-    const QString base = folder + QStringLiteral("/report");
-    writeTextFile(base + QStringLiteral(".txt"), reportText(table));
+    // Failures are not shown: the text writer logs its own, a picture that cannot be saved is
+    // left out.
+    QString folder;
+    saveReportBundle(parent, now, reportText(table), reportPicture(table), {}, &folder);
+    return folder;
+}
 
+QImage reportPicture(const SupportDataMap& table)
+{
     QList<QImage> images;
     for (const auto& [kind, data] : table) {
         if (data)
             images << data->image();
     }
-    const QImage picture = stackImages(images);
-    // With no pictures there is nothing to save; the text file alone is the report.
-    if (picture.isNull())
-        qDebug() << "No pictures for" << base + QStringLiteral(".png");
-    else
-        picture.save(base + QStringLiteral(".png"), "PNG", -1);
-    return folder;
+    return stackImages(images);
 }
 
 QUrl emailUrl(const QString& report)

@@ -24,6 +24,8 @@ void saveReport(const SupportDataMap& table);
 QString saveReportTo(const SupportDataMap& table, const QString& parent,
                      const QDateTime& now = QDateTime::currentDateTimeUtc());
 QString reportFolderName(const QDateTime& now);
+// Every collector's picture, one below the other, in ascending kind.
+QImage reportPicture(const SupportDataMap& table);
 void emailReport(const SupportDataMap& table);
 // The "mailto:" URL for the support desk with the report as its body.
 QUrl emailUrl(const QString& report);

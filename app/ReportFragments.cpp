@@ -2,6 +2,9 @@
 
 #include "SupportData.h"
 
+#include <QHash>
+#include <QMutex>
+#include <QMutexLocker>
 #include <QRegularExpression>
 #include <QUrl>
 
@@ -27,6 +30,65 @@ QString encodedHref(const QString& href)
     return result;
 }
 
+// A field as a helper added it to a watched page: where it starts, the markup it added, and its
+// parts as given, still in markup.
+struct FieldEntry
+{
+    qsizetype offset = 0;
+    QString html;
+    QString label;
+    QString value;
+    bool hasValue = false;
+    QString note;
+};
+
+// Pages are rendered on the loader's thread and read on the GUI thread.
+struct FieldLog
+{
+    QMutex mutex;
+    QHash<const QString*, QList<FieldEntry>> pages;
+};
+
+FieldLog& fieldLog()
+{
+    static FieldLog log;
+    return log;
+}
+
+void noteField(const QString& output, qsizetype start, FieldEntry entry)
+{
+    FieldLog& log = fieldLog();
+    QMutexLocker lock(&log.mutex);
+    const auto page = log.pages.find(&output);
+    if (page == log.pages.end())
+        return;
+    // Writing here again means the page is being rendered anew: what stood from here on is gone.
+    while (!page->isEmpty() && page->last().offset >= start)
+        page->removeLast();
+    entry.offset = start;
+    entry.html = output.mid(start);
+    page->append(entry);
+}
+
+QString valueText(const QVariant& value)
+{
+    return value.typeId() == QMetaType::Bool ? yesNo(value.toBool()) : value.toString();
+}
+
+void layField(QString& output, const QString& label, const QVariant& value, const QString& note,
+              const QString& suffix)
+{
+    output += label.leftJustified(20, QLatin1Char(' '));
+    output += valueText(value);
+    if (!note.isEmpty()) {
+        if (!value.isNull())
+            output += QStringLiteral(" - ");
+        output += note;
+    }
+    if (!suffix.isEmpty())
+        output += QLatin1Char(' ') + suffix;
+}
+
 } // namespace
 
 QString errorsHtml(const SupportData& data)
@@ -45,7 +107,8 @@ void appendErrors(QString& output, const SupportData& data)
     const QString errors = errorsHtml(data);
     if (errors.isEmpty())
         return;
-    appendField(output, errors, QVariant());
+    // The errors come as a list of their own, not as a field.
+    layField(output, errors, QVariant(), QString(), QString());
     output += lineBreaks(2);
 }
 
@@ -57,25 +120,63 @@ QString lineBreaks(int count)
 void appendField(QString& output, const QString& label, const QVariant& value, const QString& note,
                  const QString& suffix)
 {
-    output += label.leftJustified(20, QLatin1Char(' '));
-    if (value.typeId() == QMetaType::Bool)
-        output += yesNo(value.toBool());
-    else
-        output += value.toString();
-    if (!note.isEmpty()) {
-        if (!value.isNull())
-            output += QStringLiteral(" - ");
-        output += note;
-    }
-    if (!suffix.isEmpty())
-        output += QLatin1Char(' ') + suffix;
+    const qsizetype start = output.size();
+    layField(output, label, value, note, suffix);
+    noteField(output, start, {0, {}, label, valueText(value), !value.isNull(), note});
 }
 
 void appendIndented(QString& output, const QString& label, const QVariant& value, int width)
 {
+    const qsizetype start = output.size();
     output += QStringLiteral("  ") + label.leftJustified(width, QLatin1Char(' '));
     if (!value.isNull())
         output += value.toString();
+    noteField(output, start,
+              {0, {}, QStringLiteral("  ") + label, value.toString(), !value.isNull(), {}});
+}
+
+bool ReportField::operator==(const ReportField& other) const
+{
+    return label == other.label && value == other.value && value.isNull() == other.value.isNull()
+           && note == other.note;
+}
+
+void watchFields(const QString* page)
+{
+    FieldLog& log = fieldLog();
+    QMutexLocker lock(&log.mutex);
+    log.pages.insert(page, {});
+}
+
+void forgetFields(const QString* page)
+{
+    FieldLog& log = fieldLog();
+    QMutexLocker lock(&log.mutex);
+    log.pages.remove(page);
+}
+
+QList<ReportField> renderedFields(const QString* page)
+{
+    QList<FieldEntry> entries;
+    {
+        FieldLog& log = fieldLog();
+        QMutexLocker lock(&log.mutex);
+        entries = log.pages.value(page);
+    }
+    QList<ReportField> fields;
+    for (const FieldEntry& entry : std::as_const(entries)) {
+        // Text written over the field without the helpers leaves it out.
+        if (QStringView(*page).mid(entry.offset, entry.html.size()) != entry.html)
+            continue;
+        ReportField field{htmlToPlainText(entry.label), QString(), htmlToPlainText(entry.note)};
+        if (entry.hasValue)
+            field.value = htmlToPlainText(entry.value);
+        // A line with nothing on it is spacing, not a field.
+        if (field.label.trimmed().isEmpty() && field.value.isEmpty() && field.note.isEmpty())
+            continue;
+        fields.append(field);
+    }
+    return fields;
 }
 
 QString link(const QString& text, const QString& href, const QString& attributes)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 #include <QVariant>
 
@@ -22,6 +23,25 @@ QString fileLink(const QString& path);
 QString removeLink(const QString& action);
 // Undoes the href encoding of the link helpers.
 QString decodedLink(const QString& href);
+
+// One line of a page as appendField or appendIndented laid it out, in plain text. An indented
+// line's label keeps its two leading blanks; the value is null when the line has none.
+struct ReportField
+{
+    QString label;
+    QString value;
+    QString note;
+
+    bool operator==(const ReportField& other) const;
+};
+
+// The helpers note each field they add to a watched page, so the report can be given as data
+// exactly as the page shows it, without gathering anything again. Collectors watch their text
+// and render into it.
+void watchFields(const QString* page);
+void forgetFields(const QString* page);
+// The page's fields in page order, as the helpers laid them out; the errors block is not one.
+QList<ReportField> renderedFields(const QString* page);
 
 QString preformatted(const QString& text);
 QString htmlToPlainText(const QString& html);

@@ -21,11 +21,6 @@ SupportApplication::SupportApplication(int& argc, char** argv)
     installTranslations(QStringLiteral("corvanta-support"));
     // The desktop entry's name lets Wayland compositors find the entry and its icon.
     setDesktopFileName(QStringLiteral("com.kelvanmoor.CorvantaSupport"));
-    QIcon icon;
-    const QDir pictures(QStringLiteral(":/icons"));
-    for (const QString& picture : pictures.entryList(QDir::Files))
-        icon.addFile(pictures.filePath(picture));
-    setWindowIcon(icon);
 }
 
 SupportApplication::~SupportApplication()
@@ -36,6 +31,13 @@ SupportApplication::~SupportApplication()
 
 void SupportApplication::createMainWindow()
 {
+    // Only the window shows the icon; decoding its pictures would cost the headless report a
+    // tenth of its time.
+    QIcon icon;
+    const QDir pictures(QStringLiteral(":/icons"));
+    for (const QString& picture : pictures.entryList(QDir::Files))
+        icon.addFile(pictures.filePath(picture));
+    setWindowIcon(icon);
     d->window = new SupportMainWindow;
     SupportTabs* tabs = d->window->tabs();
     connect(tabs, &SupportTabs::signalLoadFinished, d->window.data(),

@@ -1,10 +1,17 @@
 #include "SupportData.h"
 
+#include "ReportFragments.h"
+
 SupportData::SupportData()
     : m_text(std::make_unique<QString>())
-{}
+{
+    watchFields(m_text.get());
+}
 
-SupportData::~SupportData() = default;
+SupportData::~SupportData()
+{
+    forgetFields(m_text.get());
+}
 
 QString* SupportData::text() const
 {

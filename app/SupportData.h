@@ -26,7 +26,8 @@ public:
     virtual ~SupportData();
 
     virtual QStringList errors() const = 0;
-    // The pointer stays the same for the object's life, so pages may keep it.
+    // The pointer stays the same for the object's life, so pages may keep it. Rendering straight
+    // into it with the fragment helpers also gives the page's fields (renderedFields).
     virtual QString* text() const;
     virtual QImage image() const;
     virtual QString name() const = 0;

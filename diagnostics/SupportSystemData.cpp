@@ -7,19 +7,21 @@
 
 #include <QDateTime>
 #include <QEventLoop>
+#include <QHostInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLocale>
-#include <QMutex>
 #include <QMutexLocker>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
+#include <QRecursiveMutex>
 #include <QStandardPaths>
 #include <QThread>
 #include <QTimer>
 #include <QUrlQuery>
 
 #include <atomic>
+#include <utility>
 
 namespace {
 
@@ -52,13 +54,21 @@ struct SupportSystemData::Private
     QStringList sslErrors;
     QUrl addressServiceUrl;
     QUrl probeUrl;
-    // The answer of the latest probe, shown by loads on the GUI thread until the next one ends.
+    // The answers of the latest probe and host lookup, shown by loads on the GUI thread until the
+    // next ones come.
     bool probeAnswered = false;
+    QStringList localAddresses;
     std::unique_ptr<QThread> probeThread;
     bool probing = false;
     bool addressPending = false;
-    // The first load renders on the loader's thread while answers arrive on the collector's.
-    mutable QMutex mutex;
+    int addressRequests = 0;
+    bool lookingUp = false;
+    // Asked by startAhead() for the next load, which then asks nothing again.
+    bool networkStarted = false;
+    std::unique_ptr<QThread> profileThread;
+    // The first load renders on the loader's thread while answers arrive on the collector's;
+    // rendering asks errors(), which takes it again.
+    mutable QRecursiveMutex mutex;
 };
 
 SupportSystemData::SupportSystemData(const QUrl& addressServiceUrl, const QUrl& probeUrl,
@@ -78,6 +88,8 @@ SupportSystemData::SupportSystemData(const QUrl& addressServiceUrl, const QUrl& 
 
 SupportSystemData::~SupportSystemData()
 {
+    if (d->profileThread)
+        d->profileThread->wait();
     // Asked to, the probe gives up at once; on Windows it ends within its own bound.
     if (d->probeThread) {
         d->probeThread->requestInterruption();
@@ -123,26 +135,34 @@ void SupportSystemData::load()
         figures.cpuCount = profile->cpuCount();
         figures.cpuSpeed = profile->cpuSpeed();
         figures.macAddresses = sorted(profile->macAddresses());
-        figures.localAddresses = sorted(profile->localAddresses());
     }
     figures.documentsPath = firstLocation(QStandardPaths::DocumentsLocation);
     figures.desktopPath = firstLocation(QStandardPaths::DesktopLocation);
     figures.locale = QLocale::system().name();
     figures.systemTime = QDateTime::currentDateTime().date().toString(Qt::TextDate);
 
-    requestExternalAddress();
-    // The probe may hold its thread for 10 s. The loader's worker can wait for it; the GUI thread
-    // must not, so there the page shows the latest answer and is rendered again when the probe,
-    // on a thread of its own, ends.
+    // The probe and the host lookup may each hold their thread for 10 s. The loader's worker can
+    // wait for them; the GUI thread must not, so there the page shows the latest answers and is
+    // rendered again when the probe, on a thread of its own, and the lookup end.
+    const bool started = std::exchange(d->networkStarted, false);
     if (QThread::currentThread() == thread()) {
         QMutexLocker lock(&d->mutex);
         figures.winInetOk = d->probeAnswered;
+        figures.localAddresses = d->localAddresses;
         lock.unlock();
-        startProbe();
+        if (!started) {
+            startProbe();
+            lookUpLocalAddresses();
+            requestExternalAddress();
+        }
     } else {
+        requestExternalAddress();
+        if (const QSharedPointer<SystemProfile> profile = SystemProfile::instance())
+            figures.localAddresses = sorted(profile->localAddresses());
         figures.winInetOk = probeConnectivity(d->probeUrl);
         QMutexLocker lock(&d->mutex);
         d->probeAnswered = figures.winInetOk;
+        d->localAddresses = figures.localAddresses;
     }
 
     QString& listing = fileSystemsText();
@@ -165,29 +185,76 @@ void SupportSystemData::requestExternalAddress()
     }
     // Replacing the manager drops the replies still running, and with them their answers.
     delete d->networkManager;
-    d->networkManager = new QNetworkAccessManager(this);
-    connect(d->networkManager, &QNetworkAccessManager::finished, this,
-            [this](QNetworkReply* reply) {
-                d->addressPending = false;
-                externalIpFinished(reply);
-                render();
-                emit signalExternalIpFinished(reply);
-            });
+    d->networkManager = nullptr;
+    {
+        QMutexLocker lock(&d->mutex);
+        d->sslErrors.clear();
+    }
+    d->addressPending = true;
+    const int request = ++d->addressRequests;
 
     QUrl url = d->addressServiceUrl;
     QUrlQuery query;
     query.addQueryItem(QStringLiteral("format"), QStringLiteral("json"));
     url.setQuery(query);
-    {
-        QMutexLocker lock(&d->mutex);
-        d->sslErrors.clear();
+    whenReachable(url, this, [this, url, request](bool reachable) {
+        // A later load asked again.
+        if (request != d->addressRequests)
+            return;
+        if (!reachable) {
+            addressAnswered(nullptr);
+            return;
+        }
+        d->networkManager = new QNetworkAccessManager(this);
+        connect(d->networkManager, &QNetworkAccessManager::finished, this,
+                &SupportSystemData::addressAnswered);
+        QNetworkRequest get(url);
+        // A silent or firewalled service must not leave the request hanging.
+        get.setTransferTimeout(connectivityProbeTimeout);
+        QNetworkReply* reply = d->networkManager->get(get);
+        connect(reply, &QNetworkReply::sslErrors, this, &SupportSystemData::signalSslErrors);
+    });
+}
+
+void SupportSystemData::addressAnswered(QNetworkReply* reply)
+{
+    d->addressPending = false;
+    externalIpFinished(reply);
+    render();
+    emit signalExternalIpFinished(reply);
+}
+
+void SupportSystemData::startAhead()
+{
+    // Each answers through the event loop; none holds this thread while it collects.
+    startProbe();
+    lookUpLocalAddresses();
+    requestExternalAddress();
+    d->networkStarted = true;
+    // The profile reads only the machine, but takes as long as a collector; load() waits for it
+    // if it is not done yet.
+    if (!d->profileThread) {
+        d->profileThread.reset(QThread::create([] { SystemProfile::instance(); }));
+        d->profileThread->setObjectName(QStringLiteral("SystemProfile"));
+        d->profileThread->start();
     }
-    QNetworkRequest request(url);
-    // A silent or firewalled service must not leave the request hanging.
-    request.setTransferTimeout(connectivityProbeTimeout);
-    QNetworkReply* reply = d->networkManager->get(request);
-    connect(reply, &QNetworkReply::sslErrors, this, &SupportSystemData::signalSslErrors);
-    d->addressPending = true;
+}
+
+void SupportSystemData::lookUpLocalAddresses()
+{
+    if (d->lookingUp)
+        return;
+    d->lookingUp = true;
+    QHostInfo::lookupHost(QHostInfo::localHostName(), this, [this](const QHostInfo& host) {
+        d->lookingUp = false;
+        {
+            QMutexLocker lock(&d->mutex);
+            d->localAddresses = sorted(SystemProfile::addressTexts(host));
+            d->figures.localAddresses = d->localAddresses;
+        }
+        render();
+        emit signalLocalAddressesFound();
+    });
 }
 
 void SupportSystemData::startProbe()
@@ -195,16 +262,23 @@ void SupportSystemData::startProbe()
     // A probe still running gives the latest answer when it ends.
     if (d->probing)
         return;
-    if (d->probeThread)
-        d->probeThread->wait();
-    auto answered = std::make_shared<std::atomic<bool>>(false);
-    d->probeThread.reset(QThread::create(
-        [url = d->probeUrl, answered] { answered->store(probeConnectivity(url)); }));
-    d->probeThread->setObjectName(QStringLiteral("ConnectivityProbe"));
-    connect(d->probeThread.get(), &QThread::finished, this,
-            [this, answered] { probeFinished(answered->load()); });
     d->probing = true;
-    d->probeThread->start();
+    // A probe with nowhere to go needs no thread.
+    whenReachable(d->probeUrl, this, [this](bool reachable) {
+        if (!reachable) {
+            probeFinished(false);
+            return;
+        }
+        if (d->probeThread)
+            d->probeThread->wait();
+        auto answered = std::make_shared<std::atomic<bool>>(false);
+        d->probeThread.reset(QThread::create(
+            [url = d->probeUrl, answered] { answered->store(probeConnectivity(url)); }));
+        d->probeThread->setObjectName(QStringLiteral("ConnectivityProbe"));
+        connect(d->probeThread.get(), &QThread::finished, this,
+                [this, answered] { probeFinished(answered->load()); });
+        d->probeThread->start();
+    });
 }
 
 void SupportSystemData::probeFinished(bool answered)
@@ -221,7 +295,7 @@ void SupportSystemData::probeFinished(bool answered)
 
 bool SupportSystemData::isNetworkPending() const
 {
-    return d->probing || d->addressPending;
+    return d->probing || d->addressPending || d->lookingUp;
 }
 
 void SupportSystemData::waitForNetwork()
@@ -233,7 +307,8 @@ void SupportSystemData::waitForNetwork()
     };
     connect(this, &SupportSystemData::signalExternalIpFinished, &loop, quitWhenIn);
     connect(this, &SupportSystemData::signalProbeFinished, &loop, quitWhenIn);
-    // Both give up on their own after this long; the bound holds even if one did not.
+    connect(this, &SupportSystemData::signalLocalAddressesFound, &loop, quitWhenIn);
+    // Each gives up on its own after this long; the bound holds even if one did not.
     QTimer::singleShot(connectivityProbeTimeout, &loop, &QEventLoop::quit);
     if (isNetworkPending())
         loop.exec();
@@ -247,9 +322,11 @@ void SupportSystemData::setFigures(const Figures& figures)
 
 void SupportSystemData::render()
 {
-    QString text;
-    appendErrors(text, *this);
+    // Straight into the page, which gives the report its fields.
     QMutexLocker lock(&d->mutex);
+    QString& text = *this->text();
+    text.clear();
+    appendErrors(text, *this);
     const Figures& f = d->figures;
 
     const QList<QPair<QString, QString>> rows{
@@ -306,7 +383,6 @@ void SupportSystemData::render()
     appendField(text, f.fileSystems, QVariant());
     d->benchmarkText.replace(QStringLiteral("\n"), QStringLiteral("<br>"));
     appendField(text, d->benchmarkText, QVariant());
-    *this->text() = text;
 }
 
 void SupportSystemData::externalIpFinished(QNetworkReply* reply)

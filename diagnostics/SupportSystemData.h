@@ -57,20 +57,27 @@ public:
     void externalIpFinished(QNetworkReply* reply);
     void setBenchmarkText(const QString& text);
 
-    // For callers without a page, such as the headless report: runs an event loop until the
-    // address reply and the connectivity probe of the last load are in, at most 10 s.
+    // For callers without a page, such as the headless report. startAhead() asks the network's
+    // questions and builds the machine profile ahead of load(), which then asks nothing again,
+    // so their waits run beside the other collectors; waitForNetwork() runs an event loop until
+    // the address reply, the connectivity probe and the host lookup are in, at most 10 s.
+    void startAhead();
     void waitForNetwork();
 
 signals:
-    // Both come once the text has been rendered again with the answer.
+    // These come once the text has been rendered again with the answer; the reply is null when
+    // the service's host could not be reached.
     void signalExternalIpFinished(QNetworkReply* reply);
     void signalProbeFinished();
+    void signalLocalAddressesFound();
     void signalSslErrors(QList<QSslError> errors);
 
 private:
     void requestExternalAddress();
+    void addressAnswered(QNetworkReply* reply);
     void startProbe();
     void probeFinished(bool answered);
+    void lookUpLocalAddresses();
     bool isNetworkPending() const;
 
     struct Private;

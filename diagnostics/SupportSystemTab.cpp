@@ -26,6 +26,8 @@ SupportSystemTab::SupportSystemTab(SupportSystemData* collector, QWidget* parent
             &SupportSystemTab::slotNetworkAnswered);
     connect(collector, &SupportSystemData::signalProbeFinished, this,
             &SupportSystemTab::slotNetworkAnswered);
+    connect(collector, &SupportSystemData::signalLocalAddressesFound, this,
+            &SupportSystemTab::slotNetworkAnswered);
 }
 
 SupportSystemTab::~SupportSystemTab() = default;

@@ -198,9 +198,13 @@ QStringList SystemProfile::macAddresses() const
 
 QStringList SystemProfile::localAddresses() const
 {
+    return addressTexts(QHostInfo::fromName(QHostInfo::localHostName()));
+}
+
+QStringList SystemProfile::addressTexts(const QHostInfo& host)
+{
     QStringList texts;
-    const QList<QHostAddress> addresses =
-        QHostInfo::fromName(QHostInfo::localHostName()).addresses();
+    const QList<QHostAddress> addresses = host.addresses();
     for (const QHostAddress& address : addresses)
         texts.append(address.toString());
     return texts;

@@ -10,6 +10,8 @@
 
 #include <memory>
 
+class QHostInfo;
+
 // What machine this is: operating system, processor, memory, names, screens and network
 // addresses. Filled once, on the thread that first asks; read-only afterwards.
 class SystemProfile : public GlobalResource
@@ -48,6 +50,8 @@ public:
     QStringList macAddresses() const;
     // Resolved again on every call.
     QStringList localAddresses() const;
+    // A host's addresses as text, in the resolver's order.
+    static QStringList addressTexts(const QHostInfo& host);
 
     // Kind 1 is Windows, kind 2 macOS; "?" for what the table does not know.
     static QString versionName(int kind, const QString& version);

@@ -6,14 +6,15 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QSet>
 #include <QSysInfo>
 
+#include <fcntl.h>
 #include <limits.h>
 #include <pwd.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace {
@@ -24,6 +25,28 @@ QString fileText(const QString& path)
     if (!file.open(QIODevice::ReadOnly))
         return {};
     return QString::fromUtf8(file.readAll());
+}
+
+// A large machine has thousands of memory blocks; plain reads of their flags take half the time
+// of QFile, which looks at each file first.
+bool onlineFlag(const QString& path)
+{
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    char flag[8] = {};
+    const ssize_t size = ::read(fd, flag, sizeof flag);
+    ::close(fd);
+    return size > 0 && QByteArray(flag, int(size)).trimmed() == "1";
+}
+
+// "memory" and a number; the folder holds other entries too.
+bool isMemoryBlock(const QString& name)
+{
+    const QLatin1String prefix("memory");
+    return name.size() > prefix.size() && name.startsWith(prefix)
+           && std::all_of(name.cbegin() + prefix.size(), name.cend(),
+                          [](QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); });
 }
 
 QString osReleaseText()
@@ -108,13 +131,11 @@ quint64 onlineMemoryBytes(const QString& memoryRoot)
 {
     const quint64 blockSize =
         SystemProfileParsers::hexBytes(fileText(memoryRoot + QStringLiteral("/block_size_bytes")));
-    static const QRegularExpression blockName(QStringLiteral("^memory\\d+$"));
     quint64 onlineBlocks = 0;
     const QStringList blocks = QDir(memoryRoot).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     for (const QString& block : blocks) {
-        if (blockName.match(block).hasMatch()
-            && fileText(memoryRoot + QLatin1Char('/') + block + QStringLiteral("/online")).trimmed()
-                   == QLatin1String("1"))
+        if (isMemoryBlock(block)
+            && onlineFlag(memoryRoot + QLatin1Char('/') + block + QStringLiteral("/online")))
             ++onlineBlocks;
     }
     return onlineBlocks * blockSize;

@@ -34,6 +34,8 @@ endforeach()
 qt_add_resources(corvanta_core corvanta_icons PREFIX /icons FILES ${icon_pictures})
 
 install(TARGETS corvanta-support corvanta-support-report RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+# What "corvanta-support-report --format json" prints, described for those who read it.
+install(FILES app/report.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/corvanta-support)
 
 if(NOT WIN32)
     install(FILES packaging/${CORVANTA_APP_ID}.desktop

@@ -40,6 +40,7 @@ for path in \
     "/usr/share/metainfo/$app_id.metainfo.xml" \
     /usr/share/man/man1/corvanta-support.1.gz \
     /usr/share/man/man1/corvanta-support-report.1.gz \
+    /usr/share/corvanta-support/report.schema.json \
     /usr/share/doc/corvanta-support/copyright \
     /usr/share/doc/corvanta-support/changelog.gz; do
     grep -qxF "$path" "$work/contents" || fail "the package lacks $path"

@@ -9,7 +9,7 @@ packages=(
     at-spi2-core
     fonts-dejavu-core openssl curl librsvg2-bin
     g++-mingw-w64-x86-64-posix wine64 googletest
-    dpkg-dev file lintian desktop-file-utils appstream qt6-translations-l10n
+    dpkg-dev file lintian desktop-file-utils appstream qt6-translations-l10n python3-jsonschema
     clang libclang-rt-14-dev
 )
 

@@ -136,22 +136,90 @@ Desktops wird verwendet, wenn es eine gibt.</translation>
         <translation>%1; siehe --help</translation>
     </message>
     <message>
+        <source>cannot write: %1</source>
+        <translation>Schreiben nicht möglich: %1</translation>
+    </message>
+    <message>
+        <source>Print the report as text (the default) or as json.</source>
+        <translation>Den Bericht als Text (Vorgabe) oder als json ausgeben.</translation>
+    </message>
+    <message>
+        <source>Replace the host name, the user name, MAC and IP addresses and the product&apos;s user identifier with placeholders such as host-1; the home folder becomes ~. Applies to everything written.</source>
+        <translation>Rechnernamen, Benutzernamen, MAC- und IP-Adressen und die Benutzerkennung des Produkts durch Platzhalter wie host-1 ersetzen; der Benutzerordner wird zu ~. Gilt für alles Geschriebene.</translation>
+    </message>
+    <message>
+        <source>Also write the report into a new folder &quot;Corvanta Support Report &lt;UTC time&gt;&quot; in DIR: report.txt, report.png, report.json and SHA256SUMS.</source>
+        <translation>Den Bericht zusätzlich in einen neuen Ordner „Corvanta Support Report &lt;UTC-Zeit&gt;“ in DIR schreiben: report.txt, report.png, report.json und SHA256SUMS.</translation>
+    </message>
+    <message>
+        <source>Print what changed since the JSON report EARLIER, section by section, instead of the report; with LATER, what changed between the two files.</source>
+        <translation>Statt des Berichts ausgeben, was sich seit dem JSON-Bericht EARLIER geändert hat, Abschnitt für Abschnitt; mit LATER, was sich zwischen den beiden Dateien geändert hat.</translation>
+    </message>
+    <message>
+        <source>With --diff, a later JSON report to compare instead of the machine.</source>
+        <translation>Mit --diff ein späterer JSON-Bericht, der statt des Rechners verglichen wird.</translation>
+    </message>
+    <message>
+        <source>unknown format &quot;%1&quot;; use text or json</source>
+        <translation>unbekanntes Format &quot;%1&quot;; text oder json verwenden</translation>
+    </message>
+    <message>
+        <source>--diff prints text; leave out --format json</source>
+        <translation>--diff gibt Text aus; --format json weglassen</translation>
+    </message>
+    <message>
+        <source>--save saves this machine&apos;s report; leave out LATER</source>
+        <translation>--save speichert den Bericht dieses Rechners; LATER weglassen</translation>
+    </message>
+    <message>
         <source>
-Exit status:
-  0  the report, the help or the version was printed
-  1  the output could not be written
-  2  the command line was not understood
+Examples:
+  corvanta-support-report &gt; report.txt
+  corvanta-support-report --format json --redact &gt; report.json
+  corvanta-support-report --redact --save ~/Desktop &gt; /dev/null
+  corvanta-support-report --diff report.json
+  corvanta-support-report --diff monday.json tuesday.json
 </source>
         <translation>
-Exit-Status:
-  0  der Bericht, die Hilfe oder die Version wurde ausgegeben
-  1  die Ausgabe konnte nicht geschrieben werden
-  2  die Befehlszeile wurde nicht verstanden
+Beispiele:
+  corvanta-support-report &gt; report.txt
+  corvanta-support-report --format json --redact &gt; report.json
+  corvanta-support-report --redact --save ~/Desktop &gt; /dev/null
+  corvanta-support-report --diff report.json
+  corvanta-support-report --diff montag.json dienstag.json
 </translation>
     </message>
     <message>
-        <source>cannot write: %1</source>
-        <translation>Schreiben nicht möglich: %1</translation>
+        <source>
+Exit status:
+  0  the report, the help or the version was printed;
+     with --diff: nothing changed
+  1  the output or the saved report could not be written;
+     with --diff: something changed
+  2  the command line was not understood;
+     with --diff: a report could not be read, or the output written
+</source>
+        <translation>
+Exit-Status:
+  0  der Bericht, die Hilfe oder die Version wurde ausgegeben;
+     mit --diff: nichts hat sich geändert
+  1  die Ausgabe oder der gespeicherte Bericht konnte nicht geschrieben werden;
+     mit --diff: etwas hat sich geändert
+  2  die Befehlszeile wurde nicht verstanden;
+     mit --diff: ein Bericht war nicht lesbar oder die Ausgabe nicht schreibbar
+</translation>
+    </message>
+    <message>
+        <source>saved the report in &quot;%1&quot;</source>
+        <translation>Bericht gespeichert in &quot;%1&quot;</translation>
+    </message>
+    <message>
+        <source>cannot write the report: %1</source>
+        <translation>Bericht kann nicht geschrieben werden: %1</translation>
+    </message>
+    <message>
+        <source>cannot save the report in &quot;%1&quot;</source>
+        <translation>Bericht kann nicht in &quot;%1&quot; gespeichert werden</translation>
     </message>
 </context>
 <context>

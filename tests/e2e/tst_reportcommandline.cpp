@@ -27,9 +27,11 @@ private slots:
         };
         const QString unknown = u"corvanta-support-report: unknown argument \"%1\"; see --help"_s;
         row("--help", {u"--help"_s}, 0,
-            {u"^Usage: "_s, u"\n  -h, --help "_s, u"\n  --version "_s, u"\nExit status:\n"_s,
-             u"\n  1  the output could not be written\n"_s,
-             u"\n  2  the command line was not understood\n"_s});
+            {u"^Usage: "_s, u"\n  -h, --help "_s, u"\n  --version "_s, u"\n  --format <FORMAT> "_s,
+             u"\n  --redact "_s, u"\n  --save <DIR> "_s, u"\n  --diff <EARLIER> "_s,
+             u"\nExamples:\n"_s, u"\n  corvanta-support-report --redact --save ~/Desktop"_s,
+             u"\nExit status:\n"_s, u"\n     with --diff: something changed\n"_s,
+             u"\n  2  the command line was not understood;\n"_s});
         row("-h", {u"-h"_s}, 0, {u"^Usage: "_s});
         row("--version", {u"--version"_s}, 0, {u"^corvanta-support-report 1\\.0\\.5\n$"_s});
         row("unknown option", {u"--verbose"_s}, 2, {}, unknown.arg(u"--verbose"_s));
@@ -37,6 +39,19 @@ private slots:
             unknown.arg(u"-x"_s));
         row("a value for a switch", {u"--version=2"_s}, 2, {},
             u"corvanta-support-report: Unexpected value after '--version'; see --help"_s);
+        row("unknown option with a value", {u"--colour=auto"_s}, 2, {},
+            unknown.arg(u"--colour=auto"_s));
+        row("a word", {u"report.txt"_s}, 2, {}, unknown.arg(u"report.txt"_s));
+        row("unknown format", {u"--format=xml"_s}, 2, {},
+            u"corvanta-support-report: unknown format \"xml\"; use text or json; see --help"_s);
+        row("differences as json", {u"--diff"_s, u"a.json"_s, u"--format"_s, u"json"_s}, 2, {},
+            u"corvanta-support-report: --diff prints text; leave out --format json"_s);
+        row("a third report", {u"--diff"_s, u"a.json"_s, u"b.json"_s, u"c.json"_s}, 2, {},
+            unknown.arg(u"c.json"_s));
+        row("saving a later file", {u"--save=/tmp"_s, u"--diff=a.json"_s, u"b.json"_s}, 2, {},
+            u"corvanta-support-report: --save saves this machine's report; leave out LATER"_s);
+        row("no earlier report", {u"--diff=/nonexistent/a.json"_s}, 2, {},
+            u"corvanta-support-report: /nonexistent/a.json: No such file or directory"_s);
         row("help to a full disk", {u"--help"_s}, 1, {},
             u"corvanta-support-report: cannot write: "_s, u"/dev/full"_s);
         row("report to a full disk", {}, 1, {},

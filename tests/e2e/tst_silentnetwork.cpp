@@ -1,3 +1,4 @@
+#include "PrivateNamespace.h"
 #include "SupportSystemData.h"
 #include "SupportSystemTab.h"
 #include "TestEnvironment.h"
@@ -12,41 +13,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
-
-#include <net/if.h>
-#include <sys/ioctl.h>
-#include <sys/mount.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <climits>
-#include <cstdio>
-#include <cstring>
-#include <vector>
+#include <QUdpSocket>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-// The suite runs again inside a private network and mount namespace of its own.
-const char insideVariable[] = "CORVANTA_SILENT_NETWORK";
-
-// A new network namespace starts with its loopback interface down.
-bool bringLoopbackUp()
-{
-    const int fd = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    if (fd < 0)
-        return false;
-    ifreq request{};
-    std::strncpy(request.ifr_name, "lo", IFNAMSIZ - 1);
-    bool up = ::ioctl(fd, SIOCGIFFLAGS, &request) == 0;
-    request.ifr_flags |= IFF_UP;
-    up = up && ::ioctl(fd, SIOCSIFFLAGS, &request) == 0;
-    ::close(fd);
-    return up;
-}
-
-} // namespace
 
 // A network whose TLS endpoints accept a connection and never answer: the address service's and
 // the probe's host names lead, through a hosts file of the test's own, to a loopback server that
@@ -62,14 +31,12 @@ class tst_SilentNetwork : public QObject
 private slots:
     void initTestCase()
     {
-        QVERIFY2(qEnvironmentVariableIsSet(insideVariable), "not in a private namespace");
+        QVERIFY2(inPrivateNamespace(), "not in a private namespace");
         QVERIFY(bringLoopbackUp());
         const QString hosts = m_files.filePath(u"hosts"_s);
         QVERIFY(
             putFile(hosts, "127.0.0.1 localhost\n127.0.0.2 api.ipify.org www.kelvanmoor.com\n"));
-        QCOMPARE(
-            ::mount(QFile::encodeName(hosts).constData(), "/etc/hosts", nullptr, MS_BIND, nullptr),
-            0);
+        QVERIFY(bindFile(hosts, u"/etc/hosts"_s));
         // Connections are taken and kept, and nothing is ever written to them.
         QVERIFY(m_server.listen(QHostAddress(u"127.0.0.2"_s), 443));
         connect(&m_server, &QTcpServer::newConnection, this, [this] {
@@ -130,27 +97,41 @@ private slots:
         QVERIFY2(page.contains(u"External IP Address:<br>  <br><br>WinInet:            Error"_s),
                  qPrintable(page));
     }
+
+    // With the name server silent as well, the headless report asks all its questions at once and
+    // waits once, for the 10 s bound, not for the name server's 8 s first and the bound after.
+    void headlessReportWaitsOnce()
+    {
+        TestEnvironment home;
+        QUdpSocket nameServer;
+        QVERIFY(nameServer.bind(QHostAddress(u"127.0.0.3"_s), 53));
+        const QString resolver = m_files.filePath(u"resolv.conf"_s);
+        QVERIFY(putFile(resolver, "nameserver 127.0.0.3\noptions timeout:8 attempts:1\n"));
+        // A mount namespace of the report's own: the silent name server is for it alone.
+        QProcess report;
+        report.start(u"unshare"_s, {u"-m"_s, u"sh"_s, u"-c"_s,
+                                    u"mount --bind \"$0\" /etc/resolv.conf && exec \"$1\""_s,
+                                    resolver, QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY)});
+        QElapsedTimer clock;
+        clock.start();
+        QVERIFY(report.waitForFinished(60000));
+        const qint64 took = clock.elapsed();
+        QCOMPARE(report.exitCode(), 0);
+        QVERIFY2(nameServer.hasPendingDatagrams(), "the report never asked the name server");
+        QVERIFY2(took >= 9000, "the report did not wait for the silent network");
+        QVERIFY2(took < 14000, qPrintable(u"the report waited %1 ms"_s.arg(took)));
+        const QString text = QString::fromUtf8(report.readAllStandardOutput());
+        QVERIFY2(text.contains(u"External IP Address:\n  \n\nWinInet:            Error"_s),
+                 qPrintable(text));
+    }
 };
 
 // Starts the suite over inside "unshare -rmn": root of a user namespace of its own, it may bind a
 // hosts file over /etc/hosts and serve on port 443 without touching the machine's own.
 int main(int argc, char** argv)
 {
-    if (!qEnvironmentVariableIsSet(insideVariable)) {
-        char self[PATH_MAX] = {};
-        if (::readlink("/proc/self/exe", self, sizeof self - 1) < 0) {
-            std::perror("readlink");
-            return 1;
-        }
-        qputenv(insideVariable, "1");
-        std::vector<char*> arguments{const_cast<char*>("unshare"), const_cast<char*>("-rmn"),
-                                     const_cast<char*>("--"), self};
-        arguments.insert(arguments.end(), argv + 1, argv + argc);
-        arguments.push_back(nullptr);
-        ::execvp("unshare", arguments.data());
-        std::perror("unshare");
+    if (!enterPrivateNamespace(argc, argv, "-rmn"))
         return 1;
-    }
     QApplication application(argc, argv);
     tst_SilentNetwork test;
     return QTest::qExec(&test, argc, argv);

@@ -1,0 +1,132 @@
+#include "ReportDiff.h"
+
+#include <QMap>
+
+namespace {
+
+// A line of a page: a field known by its heading and label, or text known only by itself.
+struct Item
+{
+    QString key; // empty for text outside the fields
+    QString name;
+    QString shown;
+    bool matched = false;
+};
+
+QString quoted(const QString& text)
+{
+    return QLatin1Char('"') + text + QLatin1Char('"');
+}
+
+QList<Item> items(const ReportDocument::Section& section)
+{
+    QList<Item> items;
+    QString heading;
+    for (const auto& [index, line] : section.lines()) {
+        const ReportField* field = index >= 0 ? &section.fields.at(index) : nullptr;
+        // Text laid out as a label over several lines, such as a listing, is compared by line.
+        if (field && field->label.contains(QLatin1Char('\n'))) {
+            heading.clear();
+            for (const QString& piece : line.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+                if (!piece.trimmed().isEmpty())
+                    items.append({{}, {}, piece.trimmed()});
+            }
+            continue;
+        }
+        // Text written without the helpers goes under the heading above it, such as an
+        // extension under its associations.
+        if (!field) {
+            items.append({{}, heading, line.trimmed()});
+            continue;
+        }
+        // An indented line belongs to the heading above it: a label without a value.
+        const bool indented = field->label.startsWith(QLatin1Char(' '));
+        if (!indented)
+            heading = field->value.isNull() ? field->label.trimmed() : QString();
+        const QString name = indented ? (heading + QLatin1Char(' ') + field->label.trimmed())
+                                      : field->label.trimmed();
+        QString shown = field->value;
+        if (!field->note.isEmpty())
+            shown += (field->value.isNull() ? QString() : QStringLiteral(" - ")) + field->note;
+        items.append({(indented ? heading : QString()) + QLatin1Char('\n') + field->label,
+                      name.trimmed(), shown.trimmed()});
+    }
+    return items;
+}
+
+QStringList sectionDifferences(const ReportDocument::Section& earlier,
+                               const ReportDocument::Section& later)
+{
+    QList<Item> before = items(earlier);
+    QList<Item> after = items(later);
+    for (Item& item : after) {
+        for (Item& old : before) {
+            if (!old.matched && old.key == item.key && old.shown == item.shown) {
+                old.matched = item.matched = true;
+                break;
+            }
+        }
+    }
+
+    QStringList lines;
+    // A field left on both sides changed; the rest appeared or vanished.
+    for (Item& item : after) {
+        if (item.matched)
+            continue;
+        auto old = std::find_if(before.begin(), before.end(), [&item](const Item& candidate) {
+            return !candidate.matched && !item.key.isEmpty() && candidate.key == item.key;
+        });
+        if (old != before.end()) {
+            old->matched = item.matched = true;
+            lines << QStringLiteral("  changed   %1 %2 -> %3")
+                         .arg(item.name, quoted(old->shown), quoted(item.shown));
+        }
+    }
+    const auto describe = [](const Item& item) {
+        return item.name.isEmpty() ? quoted(item.shown)
+                                   : item.name + QLatin1Char(' ') + quoted(item.shown);
+    };
+    for (const Item& item : std::as_const(after)) {
+        if (!item.matched)
+            lines << QStringLiteral("  appeared  ") + describe(item);
+    }
+    for (const Item& item : std::as_const(before)) {
+        if (!item.matched)
+            lines << QStringLiteral("  vanished  ") + describe(item);
+    }
+
+    QStringList gone = earlier.errors;
+    for (const QString& error : later.errors) {
+        if (!gone.removeOne(error))
+            lines << QStringLiteral("  error appeared: ") + error;
+    }
+    for (const QString& error : std::as_const(gone))
+        lines << QStringLiteral("  error gone: ") + error;
+    return lines;
+}
+
+} // namespace
+
+QString reportDifferences(const ReportDocument& earlier, const ReportDocument& later)
+{
+    QMap<int, std::pair<const ReportDocument::Section*, const ReportDocument::Section*>> kinds;
+    for (const ReportDocument::Section& section : earlier.sections)
+        kinds[section.kind].first = &section;
+    for (const ReportDocument::Section& section : later.sections)
+        kinds[section.kind].second = &section;
+
+    QString differences;
+    for (const auto& [before, after] : std::as_const(kinds)) {
+        QStringList lines;
+        if (!before)
+            lines << QStringLiteral("  the section appeared");
+        else if (!after)
+            lines << QStringLiteral("  the section vanished");
+        else
+            lines = sectionDifferences(*before, *after);
+        if (!lines.isEmpty())
+            differences += (after ? after : before)->name + QStringLiteral(":\n")
+                           + lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
+    }
+    return differences;
+}

@@ -1,0 +1,65 @@
+#include "PrivateNamespace.h"
+
+#include <QFile>
+
+#include <net/if.h>
+#include <sys/ioctl.h>
+#include <sys/mount.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <climits>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+const char insideVariable[] = "CORVANTA_PRIVATE_NAMESPACE";
+
+} // namespace
+
+bool enterPrivateNamespace(int argc, char** argv, const char* flags)
+{
+    if (inPrivateNamespace())
+        return true;
+    char self[PATH_MAX] = {};
+    if (::readlink("/proc/self/exe", self, sizeof self - 1) < 0) {
+        std::perror("readlink");
+        return false;
+    }
+    qputenv(insideVariable, "1");
+    std::vector<char*> arguments{const_cast<char*>("unshare"), const_cast<char*>(flags),
+                                 const_cast<char*>("--"), self};
+    arguments.insert(arguments.end(), argv + 1, argv + argc);
+    arguments.push_back(nullptr);
+    ::execvp("unshare", arguments.data());
+    std::perror("unshare");
+    return false;
+}
+
+bool inPrivateNamespace()
+{
+    return qEnvironmentVariableIsSet(insideVariable);
+}
+
+bool bringLoopbackUp()
+{
+    const int fd = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    if (fd < 0)
+        return false;
+    ifreq request{};
+    std::strncpy(request.ifr_name, "lo", IFNAMSIZ - 1);
+    bool up = ::ioctl(fd, SIOCGIFFLAGS, &request) == 0;
+    request.ifr_flags |= IFF_UP;
+    up = up && ::ioctl(fd, SIOCSIFFLAGS, &request) == 0;
+    ::close(fd);
+    return up;
+}
+
+bool bindFile(const QString& file, const QString& target)
+{
+    return ::mount(QFile::encodeName(file).constData(), QFile::encodeName(target).constData(),
+                   nullptr, MS_BIND, nullptr)
+           == 0;
+}

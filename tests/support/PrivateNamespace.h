@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QString>
+
+// Runs this test executable again inside "unshare" with the given flags, such as "-rmn": root of
+// a user namespace of its own, it may bind files over the machine's, serve on any port and name
+// its host without touching the machine. Returns true inside; outside it does not return unless
+// unshare cannot be started.
+bool enterPrivateNamespace(int argc, char** argv, const char* flags);
+bool inPrivateNamespace();
+
+// A new network namespace starts with its loopback interface down.
+bool bringLoopbackUp();
+// Puts the file in the place of target, such as /etc/hosts, for this namespace only.
+bool bindFile(const QString& file, const QString& target);
