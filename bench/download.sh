@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Downloads 1 MiB and 64 MiB from a loopback HTTP server through download(...), into a file and
-# into memory, and with curl from the same server; prints the median throughput and peak memory
-# of each and our throughput against curl's. Run it from a built tree: bench/download.sh
+# into memory, through Qt's access manager alone, and with curl from the same server; prints the
+# median throughput and peak memory of each and its throughput against curl's.
+# Run it from a built tree: bench/download.sh
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -45,11 +46,12 @@ results=$work/results.txt
 for size in 1 64; do
     url=http://127.0.0.1:$port/$size.bin
     for run in $(seq "$runs"); do
-        for tool in ours-file ours-memory curl; do
+        for tool in ours-file ours-memory qt-alone curl; do
             rm -f "$work/out.bin"
             case $tool in
             ours-file) command=("$driver" "$url" "$work/out.bin") ;;
             ours-memory) command=("$driver" "$url") ;;
+            qt-alone) command=("$driver" --qt-alone "$url" "$work/out.bin") ;;
             curl) command=(curl -sS -o "$work/out.bin" -w '%{size_download} %{time_total}\n' "$url") ;;
             esac
             figures=$(/usr/bin/time -v -o "$work/time.txt" "${command[@]}" 2>/dev/null)
@@ -67,7 +69,8 @@ rows = [line.split() for line in open(sys.argv[1])]
 print(f"Loopback HTTP (python3 http.server), median of {sys.argv[2]} runs each")
 print(f"{'body':>8} {'tool':<34}{'MiB/s':>9}{'vs curl':>9}{'peak RSS MiB':>14}")
 names = {"ours-file": "download(url, destination)",
-         "ours-memory": "download(url) into memory", "curl": "curl -o file"}
+         "ours-memory": "download(url) into memory",
+         "qt-alone": "QNetworkAccessManager alone", "curl": "curl -o file"}
 for size in ("1", "64"):
     rate, peak = {}, {}
     for tool in names:
