@@ -71,24 +71,23 @@ private slots:
     void pageText_data()
     {
         QTest::addColumn<QString>("setup");
-        QTest::addColumn<QStringList>("drives"); // where the program is found, in both folders
         QTest::addColumn<QString>("expected");
         const QString data = m_home.dataFolder(), indent(20, ' ');
         const QString folders = "Application Data:   " + data + " \nTemporary Files:    " + data
                                 + "/temp \nUUID:               ";
         const QString associations = "File Associations (Machine):\n\nFile Associations "
                                      "(User):\n.cvd      \n\n";
-        QTest::newRow("prepared") << "" << QStringList()
+        QTest::newRow("prepared") << ""
                                   << folders + "6f1c2d3e-0000-4000-8000-0123456789ab\n\n"
                                          + associations;
         QTest::newRow("nothing")
-            << "nothing" << QStringList()
+            << "nothing"
             << "Errors:\n1. Application Data folder not found.\n2. Temporary Files folder not "
                "found.\n3. UUID file not found.\n\nApplication Data:   "
                    + data + " - Does Not Exist \nTemporary Files:    " + data
                    + "/temp - Does Not Exist \nUUID:               \n\n" + associations;
         // The viewer edition is not a version of the product.
-        QTest::newRow("versions") << "versions" << QStringList{"C:/"}
+        QTest::newRow("versions") << "versions"
                                   << "Errors:\n1. UUID file empty.\n\n" + folders
                                          + "\n\nVersions:           \n" + indent + "/opt/a - 7.1\n"
                                          + indent
@@ -100,11 +99,12 @@ private slots:
     void pageText()
     {
         QFETCH(QString, setup);
-        QFETCH(QStringList, drives);
         QFETCH(QString, expected);
+        QStringList drives; // the program is found in both folders of each
         if (setup == u"nothing"_s)
             QVERIFY(QDir(m_home.dataFolder()).removeRecursively());
         if (setup == u"versions"_s) {
+            drives << u"C:/"_s;
             QVERIFY(putFile(m_home.dataFolder() + u"/userUUID.txt"_s, QByteArray()));
             for (const auto& [file, name] : {std::pair{"a", "Corvanta"}, {"b", "Corvanta Viewer"}})
                 QVERIFY(putFile(home(u"system-data/applications/%1.desktop"_s.arg(file)),
@@ -136,20 +136,17 @@ private slots:
         QTest::addColumn<QString>("gone");
         QTest::addColumn<bool>("locked"); // a folder of links that nobody may change
         QTest::addColumn<QString>("message");
-        QTest::newRow("data") << "deleteAppData"
-                              << ".local/share/Corvanta" << false << "";
-        QTest::newRow("temporary files") << "deleteTempFiles"
-                                         << ".local/share/Corvanta/temp" << false << "";
-        QTest::newRow("locked") << "deleteAppData"
-                                << "" << true
-                                << "Failed to remove " + m_home.dataFolder() + "/locked/link";
-        QTest::newRow("extension") << "removeUserExtension.cvd"
-                                   << ".config/mimeapps.list" << false << "";
-        QTest::newRow("another program's extension")
-            << "removeUserExtension.cvo"
-            << "" << false << "Failed to remove association: .cvo";
-        QTest::newRow("unsupported") << "deleteAppData2"
-                                     << "" << false << "Unsupported link clicked: deleteAppData2";
+        const auto row = [](const char* name, const char* link, const char* gone,
+                            const QString& message = {}, bool locked = false) {
+            QTest::newRow(name) << link << gone << locked << message;
+        };
+        row("data", "deleteAppData", ".local/share/Corvanta");
+        row("temporary files", "deleteTempFiles", ".local/share/Corvanta/temp");
+        row("locked", "deleteAppData", "", "Failed to remove " + data(u"locked/link"_s), true);
+        row("extension", "removeUserExtension.cvd", ".config/mimeapps.list");
+        row("another program's extension", "removeUserExtension.cvo", "",
+            u"Failed to remove association: .cvo"_s);
+        row("unsupported", "deleteAppData2", "", u"Unsupported link clicked: deleteAppData2"_s);
     }
 
     // Links in the data folder lead out of it: deleting removes the links, never what they lead
