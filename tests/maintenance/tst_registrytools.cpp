@@ -158,6 +158,11 @@ private slots:
                         "application/x-corvanta-design=Corvanta.desktop\n"));
         QCOMPARE(sorted(productAssociations(product, true)), (QStringList{".cvd", ".cvdx"}));
         QVERIFY(productAssociations(product, false).isEmpty());
+        // A file too large to be read names nothing.
+        const QByteArray large(
+            "[Default Applications]\napplication/x-corvanta-design=Corvanta.desktop");
+        QVERIFY(putFile(path, large + "\nx/y=" + QByteArray(5 << 20, 'x') + '\n'));
+        QVERIFY(productAssociations(product, false).isEmpty());
     }
 
     void installedProgramsFromDesktopEntries()
@@ -216,22 +221,10 @@ private slots:
         QCOMPARE(fileBytes(environmentFile()), "# ours\r\n" + others);
         QVERIFY(!removeEnvironmentVariable(scaleName));
         QCOMPARE(fileBytes(early), QByteArray("QT_AUTO_SCREEN_SCALE_FACTOR=1\n"));
-    }
-
-    // A file that cannot be read, or is too large to be, names nothing; the others still count.
-    // What a readable file holds is the parsers' part.
-    void unreadableFiles()
-    {
-        // A folder where the file should be cannot be read, not even by root.
-        QVERIFY(QDir().mkpath(environmentFile()));
-        QVERIFY(putFile(configPath(u"environment.d/90-late.conf"_s),
-                        "QT_AUTO_SCREEN_SCALE_FACTOR=2\n"));
+        // A folder where our file should be cannot be read, not even by root; the later file
+        // still counts.
+        QVERIFY(QFile::remove(environmentFile()) && QDir().mkpath(environmentFile()));
         QCOMPARE(environmentVariable(scaleName), u"2"_s);
-        QVERIFY(
-            putFile(configPath(u"mimeapps.list"_s),
-                    "[Default Applications]\napplication/x-corvanta-design=Corvanta.desktop\nx/y="
-                        + QByteArray(5 * 1024 * 1024, 'x') + '\n'));
-        QVERIFY(productAssociations(product, false).isEmpty());
     }
 };
 
