@@ -49,20 +49,6 @@ class tst_FileDirTools : public QObject
     QString path(const QString& relative) const { return m_environment.path(relative); }
 
 private slots:
-    void standardFolders()
-    {
-        const QString app = QCoreApplication::applicationName();
-        const QStringList folders{path(u".local/share"_s), path(u".cache"_s), path(u"Documents"_s),
-                                  u"/var/lib"_s};
-        for (int kind = -1; kind <= 4; ++kind) {
-            const QString expected = folders.value(kind); // none outside the four kinds
-            QString folder;
-            QCOMPARE(standardFolderPath(kind, folder), !expected.isEmpty());
-            QCOMPARE(folder, expected);
-            QCOMPARE(appDataFolder(kind), expected.isEmpty() ? app : expected + '/' + app);
-        }
-    }
-
     // Names in the tool's temporary folder, one per holder, not yet created.
     void tempFileNames()
     {
