@@ -12,8 +12,6 @@
 #include <QApplication>
 #include <QDir>
 #include <QFileDialog>
-#include <QGridLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QProcess>
@@ -36,22 +34,6 @@ QStringList logged(const MessageLog& log)
     static const QRegularExpression pattern(u"^(Failed to|Unsupported link clicked)"_s);
     return log.messages().filter(pattern);
 }
-
-// A page as every other one is: the collector's text in a label in a scroll area.
-class LabelPage : public SupportTab
-{
-public:
-    using SupportTab::SupportTab;
-    void updateContent() override
-    {
-        if (!m_label)
-            m_label = createPage(new QGridLayout);
-        showText(m_label);
-    }
-
-private:
-    QLabel* m_label = nullptr;
-};
 
 } // namespace
 
@@ -425,7 +407,8 @@ private slots:
         SupportPermissionsData collector;
         collector.load();
         QCOMPARE(collector.errors(), QStringList{u"1 paths are not writable."_s});
-        LabelPage labelPage(&collector);
+        // The Corvanta page shows any collector's text as the others do, in a label.
+        SupportCorvantaTab labelPage(&collector);
         SupportPermissionsTab page(&collector);
         for (SupportTab* tab :
              {static_cast<SupportTab*>(&labelPage), static_cast<SupportTab*>(&page)}) {
@@ -434,10 +417,11 @@ private slots:
             tab->show();
             QVERIFY(QTest::qWaitForWindowExposed(tab));
         }
-        // The label's page has no buttons below, so its text area is taller.
         const QImage shown = page.findChild<QTextBrowser*>()->viewport()->grab().toImage();
         const QImage label = labelPage.findChild<QScrollArea*>()->viewport()->grab().toImage();
-        QCOMPARE(shown, label.copy(shown.rect()));
+        const QRect both = shown.rect() & label.rect();
+        QVERIFY(both.height() > 200);
+        QCOMPARE(shown.copy(both), label.copy(both));
     }
 
     void checkDialogs_data()
