@@ -14,8 +14,21 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The program's widgets as the desktop's accessibility bus shows them to assistive tools: the test
-// finds a button or a page tab by its name, and clicks where it is on the screen.
+using Node = std::pair<QString, QString>; // service, object path
+
+QVariant call(const QDBusConnection& bus, const Node& node, const QString& method,
+              const QVariantList& arguments = {})
+{
+    const qsizetype dot = method.lastIndexOf('.');
+    QDBusMessage message = QDBusMessage::createMethodCall(node.first, node.second, method.left(dot),
+                                                          method.mid(dot + 1));
+    message.setArguments(arguments);
+    return bus.call(message).arguments().value(0);
+}
+
+// The program's widgets as the desktop's accessibility bus shows them to assistive tools, in the
+// order of its widget tree: the test finds a button or a page tab by its name, and clicks where it
+// is on the screen.
 class AccessibleProgram
 {
 public:
@@ -28,23 +41,22 @@ public:
     };
 
     AccessibleProgram()
-        : m_bus(
-            QDBusConnection::connectToBus(answer(QDBusConnection::sessionBus(), u"org.a11y.Bus"_s,
-                                                 u"/org/a11y/bus"_s, u"org.a11y.Bus.GetAddress"_s)
-                                              .toString(),
-                                          u"accessibility"_s))
+        : m_bus(QDBusConnection::connectToBus(call(QDBusConnection::sessionBus(),
+                                                   {u"org.a11y.Bus"_s, u"/org/a11y/bus"_s},
+                                                   u"org.a11y.Bus.GetAddress"_s)
+                                                  .toString(),
+                                              u"accessibility"_s))
     {}
     ~AccessibleProgram() { QDBusConnection::disconnectFromBus(u"accessibility"_s); }
 
-    // What shows of the program, in the order of its widget tree; nothing until it registered.
+    // Nothing until the program registered.
     QList<Item> items()
     {
         QList<Item> found;
-        const auto root =
-            std::pair{u"org.a11y.atspi.Registry"_s, u"/org/a11y/atspi/accessible/root"_s};
-        for (const auto& [service, path] : children(root)) {
-            if (property(service, path, u"Name"_s).toString() == u"Corvanta"_s)
-                walk(service, path, found);
+        for (const Node& node :
+             children({u"org.a11y.atspi.Registry"_s, u"/org/a11y/atspi/accessible/root"_s})) {
+            if (property(node, u"Name"_s).toString() == u"Corvanta"_s)
+                walk(node, found);
         }
         return found;
     }
@@ -59,26 +71,9 @@ public:
     }
 
 private:
-    using Node = std::pair<QString, QString>; // service, object path
-
-    static QVariant answer(const QDBusConnection& bus, const QString& service, const QString& path,
-                           const QString& method, const QVariantList& arguments = {})
+    QVariant property(const Node& node, const QString& name)
     {
-        const qsizetype dot = method.lastIndexOf('.');
-        QDBusMessage message =
-            QDBusMessage::createMethodCall(service, path, method.left(dot), method.mid(dot + 1));
-        message.setArguments(arguments);
-        return bus.call(message).arguments().value(0);
-    }
-
-    QVariant call(const Node& node, const QString& method, const QVariantList& arguments = {})
-    {
-        return answer(m_bus, node.first, node.second, method, arguments);
-    }
-
-    QVariant property(const QString& service, const QString& path, const QString& name)
-    {
-        return call({service, path}, u"org.freedesktop.DBus.Properties.Get"_s,
+        return call(m_bus, node, u"org.freedesktop.DBus.Properties.Get"_s,
                     {u"org.a11y.atspi.Accessible"_s, name})
             .value<QDBusVariant>()
             .variant();
@@ -87,39 +82,39 @@ private:
     QList<Node> children(const Node& node)
     {
         QList<Node> result;
-        for (int i = 0, count = property(node.first, node.second, u"ChildCount"_s).toInt();
-             i < count; ++i) {
-            const auto child = call(node, u"org.a11y.atspi.Accessible.GetChildAtIndex"_s, {i})
-                                   .value<QDBusArgument>();
-            QString service;
+        for (int i = 0, count = property(node, u"ChildCount"_s).toInt(); i < count; ++i) {
+            const auto child =
+                call(m_bus, node, u"org.a11y.atspi.Accessible.GetChildAtIndex"_s, {i})
+                    .value<QDBusArgument>();
+            Node next;
             QDBusObjectPath path;
             child.beginStructure();
-            child >> service >> path;
+            child >> next.first >> path;
             child.endStructure();
-            result.append({service, path.path()});
+            next.second = path.path();
+            result.append(next);
         }
         return result;
     }
 
-    void walk(const QString& service, const QString& path, QList<Item>& found)
+    void walk(const Node& node, QList<Item>& found)
     {
-        const Node node{service, path};
         const auto states =
-            qdbus_cast<QList<uint>>(call(node, u"org.a11y.atspi.Accessible.GetState"_s));
+            qdbus_cast<QList<uint>>(call(m_bus, node, u"org.a11y.atspi.Accessible.GetState"_s));
         if (states.isEmpty() || !(states.first() & (1u << 25))) // not showing
             return;
         const auto box =
-            call(node, u"org.a11y.atspi.Component.GetExtents"_s, {QVariant::fromValue(0u)})
+            call(m_bus, node, u"org.a11y.atspi.Component.GetExtents"_s, {QVariant::fromValue(0u)})
                 .value<QDBusArgument>();
         int x = 0, y = 0, width = 0, height = 0;
         box.beginStructure();
         box >> x >> y >> width >> height;
         box.endStructure();
-        found.append({call(node, u"org.a11y.atspi.Accessible.GetRoleName"_s).toString(),
-                      property(service, path, u"Name"_s).toString(), QRect(x, y, width, height),
+        found.append({call(m_bus, node, u"org.a11y.atspi.Accessible.GetRoleName"_s).toString(),
+                      property(node, u"Name"_s).toString(), QRect(x, y, width, height),
                       (states.first() & (1u << 8)) != 0});
-        for (const auto& [childService, childPath] : children(node))
-            walk(childService, childPath, found);
+        for (const Node& child : children(node))
+            walk(child, found);
     }
 
     QDBusConnection m_bus;

@@ -1,0 +1,474 @@
+#include "FileDirTools.h"
+#include "MessageLog.h"
+#include "ProductHome.h"
+#include "ReportFragments.h"
+#include "RunAsNobody.h"
+#include "SettingsRepair.h"
+#include "SupportCorvantaData.h"
+#include "SupportCorvantaTab.h"
+#include "SupportPermissionsData.h"
+#include "SupportPermissionsTab.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QProcess>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QScopeGuard>
+#include <QScrollArea>
+#include <QTest>
+#include <QTextBrowser>
+#include <QTimer>
+
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QStringList logged(const MessageLog& log)
+{
+    static const QRegularExpression pattern(u"^(Failed to|Unsupported link clicked)"_s);
+    return log.messages().filter(pattern);
+}
+
+} // namespace
+
+// The Corvanta and Permissions pages over one home in which the product is set up.
+class tst_SupportPages : public QObject
+{
+    Q_OBJECT
+
+    ProductHome m_home;
+    QString home(const QString& relative) const { return m_home.path(relative); }
+    QString data(const QString& relative) const { return m_home.dataFolder() + '/' + relative; }
+
+private slots:
+    void initTestCase() { QVERIFY(m_home.isValid()); }
+    void init() { QVERIFY(m_home.prepare()); }
+
+    void pageText_data()
+    {
+        QTest::addColumn<QString>("setup");
+        QTest::addColumn<QString>("expected");
+        const QString data = m_home.dataFolder(), indent(20, ' ');
+        const QString folders = "Application Data:   " + data + " \nTemporary Files:    " + data
+                                + "/temp \nUUID:               ";
+        const QString associations = "File Associations (Machine):\n\nFile Associations "
+                                     "(User):\n.cvd      \n\n";
+        QTest::newRow("prepared") << ""
+                                  << folders + "6f1c2d3e-0000-4000-8000-0123456789ab\n\n"
+                                         + associations;
+        QTest::newRow("nothing")
+            << "nothing"
+            << "Errors:\n1. Application Data folder not found.\n2. Temporary Files folder not "
+               "found.\n3. UUID file not found.\n\nApplication Data:   "
+                   + data + " - Does Not Exist \nTemporary Files:    " + data
+                   + "/temp - Does Not Exist \nUUID:               \n\n" + associations;
+        // The viewer edition is not a version of the product.
+        QTest::newRow("versions") << "versions"
+                                  << "Errors:\n1. UUID file empty.\n\n" + folders
+                                         + "\n\nVersions:           \n" + indent + "/opt/a - 7.1\n"
+                                         + indent
+                                         + "C:\\Program Files (x86)\\Corvanta\\Corvanta.exe\n"
+                                         + indent + "C:\\Program Files\\Corvanta\\Corvanta.exe\n\n"
+                                         + associations;
+    }
+
+    void pageText()
+    {
+        QFETCH(QString, setup);
+        QFETCH(QString, expected);
+        QStringList drives; // the program is found in both folders of each
+        if (setup == u"nothing"_s)
+            QVERIFY(QDir(m_home.dataFolder()).removeRecursively());
+        if (setup == u"versions"_s) {
+            drives << u"C:/"_s;
+            QVERIFY(putFile(m_home.dataFolder() + u"/userUUID.txt"_s, QByteArray()));
+            for (const auto& [file, name] : {std::pair{"a", "Corvanta"}, {"b", "Corvanta Viewer"}})
+                QVERIFY(putFile(home(u"system-data/applications/%1.desktop"_s.arg(file)),
+                                "[Desktop Entry]\nExec=/opt/" + QByteArray(file)
+                                    + "/run\nName=" + name + "\nX-AppImage-Version=7.1\n"));
+        }
+        SupportCorvantaData data([&](const QString& product) {
+            return SupportCorvantaData::programFilesInstallations(
+                product, drives, [](const QString&) { return true; });
+        });
+        data.load();
+        QCOMPARE(htmlToPlainText(*data.text()), expected);
+        QVERIFY(data.text()->contains(removeLink(u"removeUserExtension.cvd"_s)));
+    }
+
+    // A drive without the program adds nothing; a name leading out of the folder is cleaned, and
+    // both folders then name the same program, found once.
+    void programFilesInstallations()
+    {
+        QCOMPARE(SupportCorvantaData::programFilesInstallations(
+                     u"..\\Corvanta"_s, {u"E:/"_s, u"C:/"_s},
+                     [](const QString& path) { return !path.startsWith('E'); }),
+                 QStringList{u"C:\\Corvanta.exe"_s});
+    }
+
+    void links_data()
+    {
+        QTest::addColumn<QString>("link");
+        QTest::addColumn<QString>("gone");
+        QTest::addColumn<bool>("locked"); // a folder of links that nobody may change
+        QTest::addColumn<QString>("message");
+        const auto row = [](const char* name, const char* link, const char* gone,
+                            const QString& message = {}, bool locked = false) {
+            QTest::newRow(name) << link << gone << locked << message;
+        };
+        row("data", "deleteAppData", ".local/share/Corvanta");
+        row("temporary files", "deleteTempFiles", ".local/share/Corvanta/temp");
+        row("locked", "deleteAppData", "", "Failed to remove " + data(u"locked/link"_s), true);
+        row("extension", "removeUserExtension.cvd", ".config/mimeapps.list");
+        row("another program's extension", "removeUserExtension.cvo", "",
+            u"Failed to remove association: .cvo"_s);
+        row("unsupported", "deleteAppData2", "", u"Unsupported link clicked: deleteAppData2"_s);
+    }
+
+    // Links in the data folder lead out of it: deleting removes the links, never what they lead
+    // to or its permissions, and deletes for good rather than into the trash.
+    void links()
+    {
+        QFETCH(QString, link);
+        QFETCH(QString, gone);
+        QFETCH(bool, locked);
+        QFETCH(QString, message);
+        if (locked)
+            RUN_AS_NOBODY_WHEN_ROOT();
+        const QString kept = home(u"outside/kept.txt"_s),
+                      lockedFolder = home(u".local/share/Corvanta/locked"_s);
+        QVERIFY(putFile(kept, "kept") && QFile::setPermissions(kept, QFile::ReadOwner));
+        QVERIFY(QFile::link(home(u"outside"_s), m_home.dataFolder() + u"/temp/linked folder"_s));
+        QVERIFY(QFile::link(m_home.dataFolder(), m_home.dataFolder() + u"/temp/loop"_s));
+        QVERIFY(QDir().mkpath(lockedFolder) && QFile::link(kept, lockedFolder + u"/link"_s));
+        const auto unlock = qScopeGuard([&] {
+            QFile::setPermissions(lockedFolder,
+                                  QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        });
+        QVERIFY(!locked || QFile::setPermissions(lockedFolder, QFile::ReadOwner | QFile::ExeOwner));
+        auto expected = treeSnapshot(home(QString()));
+        SupportCorvantaData data;
+        data.load();
+        MessageLog log;
+        data.handleLink(link);
+        QCOMPARE(logged(log).join('\n'), message);
+        for (const QString& path : expected.keys()) {
+            if (!gone.isEmpty() && (path + '/').startsWith(home(gone) + '/'))
+                expected.remove(path);
+        }
+        if (gone.endsWith(u"mimeapps.list"_s))
+            expected.insert(m_home.userMimeapps(), ProductHome::mimeappsWithoutProduct);
+        QCOMPARE(treeSnapshot(home(QString())), expected);
+        QCOMPARE(QFileInfo(kept).permissions() & 0x7077, QFile::ReadOwner);
+        QVERIFY(!trashList().contains(home(QString())));
+    }
+
+    // The page's other buttons are pressed in the window by the end-to-end test.
+    void removeAllApplicationDataWithTheFolderGone()
+    {
+        SupportCorvantaData data;
+        data.load();
+        SupportCorvantaTab page(&data);
+        page.updateContent();
+        QPushButton* removeAll = nullptr;
+        for (QPushButton* button : page.findChildren<QPushButton*>()) {
+            if (button->text() == u"Remove All Application Data"_s)
+                removeAll = button;
+        }
+        QVERIFY(removeAll);
+        QVERIFY(QDir(m_home.dataFolder()).removeRecursively());
+        QTest::mouseClick(removeAll, Qt::LeftButton);
+        const QString listed = trashList();
+        QCOMPARE(listed.count(home(QString())), 2);
+        QVERIFY(listed.contains(' ' + m_home.preferences() + '\n'));
+        QVERIFY(listed.contains(' ' + home(u".cache/Corvanta"_s) + '\n'));
+        QCOMPARE(fileBytes(m_home.userMimeapps()), ProductHome::mimeappsWithoutProduct);
+        QVERIFY(!removeAll->isEnabled() && !data.hasAssociations());
+    }
+
+    void repairedSettingsText_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("two values") << "a=@DateTime(\\0\\x10)\nb=1\nc=@DateTime(2)\n"
+                                    << "a=@DateTime()\nb=1\nc=@DateTime()\n";
+        QTest::newRow("missing bracket") << "a=@DateTime(1)\nb=@DateTime(2\nc=3"
+                                         << "a=@DateTime()\nb=@DateTime(2\nc=3";
+        QTest::newRow("bracket on a later line") << "a=@DateTime(1\nb=2)\n"
+                                                 << "a=@DateTime()\n";
+        QTest::newRow("at position 0") << "=@DateTime(1)\nb=@DateTime(2)"
+                                       << "=@DateTime(1)\nb=@DateTime(2)";
+        QTest::newRow("other case") << "a=@datetime(1)"
+                                    << "a=@datetime(1)";
+    }
+
+    void repairedSettingsText()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, expected);
+        QCOMPARE(::repairedSettingsText(text), expected);
+    }
+
+    void repairSettingsFile_data()
+    {
+        QTest::addColumn<QString>("how");
+        QTest::newRow("repaired") << "repaired";
+        QTest::newRow("missing") << "missing";
+        QTest::newRow("read-only file") << "file";
+        QTest::newRow("read-only folder") << "folder";
+        QTest::newRow("full file system") << "full";
+    }
+
+    // A failed write never leaves a shortened or empty file behind.
+    void repairSettingsFile()
+    {
+        QFETCH(QString, how);
+        QString file = m_home.preferences(), locked;
+        const auto unlock = qScopeGuard([&] {
+            if (!locked.isEmpty())
+                QFile::setPermissions(locked,
+                                      QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        });
+        if (how == u"full"_s) {
+            // Again in a private mount namespace, where a file system of 8 KiB is about to fill.
+            const QString tiny = qEnvironmentVariable("CORVANTA_TINY_FS");
+            if (tiny.isEmpty()) {
+                QProcess child;
+                child.setProcessChannelMode(QProcess::MergedChannels);
+                child.start(u"unshare"_s, {u"-rm"_s, u"sh"_s, u"-c"_s,
+                                           u"mount -t tmpfs -o size=8k tmpfs /mnt && "
+                                           "CORVANTA_TINY_FS=/mnt exec \"$0\" \"$1\""_s,
+                                           QCoreApplication::applicationFilePath(),
+                                           u"repairSettingsFile:full file system"_s});
+                QVERIFY(child.waitForFinished(60000));
+                const QString output = QString::fromUtf8(child.readAll());
+                QVERIFY2(
+                    child.exitCode() == 0
+                        && output.contains(u"PASS   : tst_SupportPages::repairSettingsFile(full"_s),
+                    qPrintable(output));
+                return;
+            }
+            QVERIFY(putFile(file = tiny + u"/Corvanta.ini"_s, ProductHome::preferencesText));
+            QFile filler(tiny + u"/filler"_s);
+            QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+            while (filler.write(QByteArray(512, 'x')) == 512) {
+            }
+        } else if (how == u"file"_s || how == u"folder"_s) {
+            RUN_AS_NOBODY_WHEN_ROOT();
+            locked = how == u"file"_s ? file : QFileInfo(file).absolutePath();
+            QVERIFY(QFile::setPermissions(locked, QFile::ReadOwner | QFile::ExeOwner));
+        } else if (how == u"missing"_s) {
+            QVERIFY(QFile::remove(file));
+        }
+        MessageLog log;
+        QCOMPARE(::repairSettingsFile(file), how == u"repaired"_s);
+        const QByteArray expected = how == u"repaired"_s  ? ProductHome::repairedPreferences
+                                    : how == u"missing"_s ? "<unreadable>"_ba
+                                                          : ProductHome::preferencesText;
+        QCOMPARE(fileBytes(file), expected);
+        QCOMPARE(QDir(QFileInfo(file).absolutePath())
+                     .entryList(QDir::Files)
+                     .filter(u"Corvanta"_s)
+                     .size(),
+                 how == u"missing"_s ? 0 : 1);
+        QCOMPARE(logged(log).size(), how == u"repaired"_s || how == u"missing"_s ? 0 : 1);
+    }
+
+    void walk_data()
+    {
+        QTest::addColumn<QString>("setup");
+        QTest::addColumn<QStringList>("lines"); // below the data folder unless absolute
+        QTest::addColumn<QStringList>("errors");
+        const QStringList usual{"", "temp OK", "temp/session.tmp OK", "userUUID.txt OK",
+                                m_home.preferences() + " OK"};
+        QTest::newRow("links and a loop")
+            << "links" << QStringList{"link OK", "loop OK"} + usual << QStringList();
+        QTest::newRow("preferences only")
+            << "preferences"
+            << QStringList{m_home.path(".config/Kelvanmoor/corvanta-recent.list OK")}
+            << QStringList();
+        QTest::newRow("read-only file, unreadable folder")
+            << "denied"
+            << QStringList{"a.txt Not Writable", "locked Not Writable", "z.txt OK"} + usual
+            << QStringList{"2 paths are not writable."};
+    }
+
+    // Every entry below the product's folders, each once; links are not followed, unreadable
+    // folders passed by.
+    void walk()
+    {
+        QFETCH(QString, setup);
+        QFETCH(QStringList, lines);
+        QFETCH(QStringList, errors);
+        if (setup == u"denied"_s)
+            RUN_AS_NOBODY_WHEN_ROOT();
+        const auto unlock = qScopeGuard([&] {
+            QFile::setPermissions(data(u"locked"_s),
+                                  QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        });
+        if (setup == u"links"_s) {
+            QVERIFY(putFile(m_home.path(u"outside/a.txt"_s), "a"));
+            QVERIFY(QFile::link(m_home.path(u"outside"_s), data(u"link"_s)));
+            QVERIFY(QFile::link(m_home.dataFolder(), data(u"loop"_s)));
+        } else if (setup == u"preferences"_s) {
+            QVERIFY(QDir(m_home.dataFolder()).removeRecursively());
+            QVERIFY(QFile::rename(m_home.preferences(),
+                                  m_home.path(u".config/Kelvanmoor/corvanta-recent.list"_s)));
+            QVERIFY(putFile(m_home.path(u".config/Kelvanmoor/Other.ini"_s), "x"));
+        } else {
+            QVERIFY(putFile(data(u"a.txt"_s), "a") && putFile(data(u"locked/inside.txt"_s), "i")
+                    && putFile(data(u"z.txt"_s), "z"));
+            QVERIFY(QFile::setPermissions(data(u"a.txt"_s), QFile::ReadOwner)
+                    && QFile::setPermissions(data(u"locked"_s), {}));
+        }
+        SupportPermissionsData collector;
+        collector.load();
+        QCOMPARE(collector.errors(), errors);
+        QStringList expected;
+        for (const QString& line : lines)
+            expected << ' '
+                            + (line.isEmpty()         ? m_home.dataFolder() + " OK"
+                               : line.startsWith('/') ? line
+                                                      : data(line));
+        expected.sort();
+        const QString plain = htmlToPlainText(*collector.text());
+        QCOMPARE(plain.section(u"\n\n"_s, errors.isEmpty() ? 0 : 1).split('\n', Qt::SkipEmptyParts),
+                 expected);
+    }
+
+    void removeThroughTheLabel_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("quote") << "o'brien.txt";
+        QTest::newRow("double quote") << "say \"hi\"";
+        QTest::newRow("ampersand") << "a&amp;b";
+        QTest::newRow("markup") << "a<b>c";
+        QTest::newRow("percent") << "100%25 %41";
+        QTest::newRow("hash") << "#1 design";
+        QTest::newRow("spaces") << "  two  spaces ";
+        QTest::newRow("newline") << "two\nlines";
+        QTest::newRow("non-ASCII") << "Grüße Ωmega ✓";
+        QString longName = u"long"_s;
+        while (m_home.dataFolder().size() + longName.size() < 3790)
+            longName += '/' + QString(200, 'd');
+        longName += '/' + QString(3998 - m_home.dataFolder().size() - longName.size(), 'f');
+        QTest::newRow("4000 bytes") << longName;
+    }
+
+    // The "Remove" link of exactly that path, activated from the keyboard in the real page,
+    // puts only that path into the trash, from which it comes back unchanged.
+    void removeThroughTheLabel()
+    {
+        QFETCH(QString, name);
+        const QString target = data(name);
+        QVERIFY(putFile(target, "bytes \0\xff of "_ba + name.toUtf8()));
+        QVERIFY(putFile(data(u"sibling.txt"_s), "sibling"));
+        const auto before = treeSnapshot(m_home.dataFolder());
+        SupportPermissionsData collector;
+        collector.load();
+        SupportPermissionsTab page(&collector);
+        page.updateContent();
+        page.show();
+        page.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&page));
+        auto* view = page.findChild<QTextBrowser*>();
+        view->setFocus();
+        const QString html = *collector.text();
+        const qsizetype links =
+            html.left(html.indexOf(removeLink("deletePath" + target))).count(u"<a "_s);
+        for (qsizetype i = 0; i <= links; ++i)
+            QTest::keyClick(view, Qt::Key_Tab);
+        QTest::keyClick(view, Qt::Key_Return);
+
+        auto expected = before;
+        expected.remove(target);
+        QCOMPARE(treeSnapshot(m_home.dataFolder()), expected);
+        QVERIFY(!view->toPlainText().contains(target));
+        const QString listed = trashList();
+        QCOMPARE(listed.count(m_home.dataFolder()), 1);
+        QVERIFY2(listed.contains(' ' + target + '\n'), qPrintable(listed));
+        QVERIFY(trashRestore(m_home.dataFolder()));
+        QCOMPARE(treeSnapshot(m_home.dataFolder()), before);
+    }
+
+    // The list is shown by a text browser for speed; it looks exactly as the label of every other
+    // page would show the same text.
+    void looksAsALabel()
+    {
+        // A link to nothing is not writable, even for root, and so brings the errors block.
+        QVERIFY(QFile::link(m_home.path(u"nothing"_s), data(u"dangling"_s)));
+        QVERIFY(putFile(data(u"it's <a> & \"b\" 100%.txt"_s), "x"));
+        SupportPermissionsData collector;
+        collector.load();
+        QCOMPARE(collector.errors(), QStringList{u"1 paths are not writable."_s});
+        // The Corvanta page shows any collector's text as the others do, in a label.
+        SupportCorvantaTab labelPage(&collector);
+        SupportPermissionsTab page(&collector);
+        for (SupportTab* tab :
+             {static_cast<SupportTab*>(&labelPage), static_cast<SupportTab*>(&page)}) {
+            tab->resize(1400, 400);
+            tab->updateContent();
+            tab->show();
+            QVERIFY(QTest::qWaitForWindowExposed(tab));
+        }
+        const QImage shown = page.findChild<QTextBrowser*>()->viewport()->grab().toImage();
+        const QImage label = labelPage.findChild<QScrollArea*>()->viewport()->grab().toImage();
+        const QRect both = shown.rect() & label.rect();
+        QVERIFY(both.height() > 200);
+        QCOMPARE(shown.copy(both), label.copy(both));
+    }
+
+    void checkDialogs_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QString>("path"); // empty: cancelled
+        QTest::newRow("file") << "Check File" << m_home.preferences();
+        QTest::newRow("folder") << "Check Folder" << m_home.dataFolder();
+        QTest::newRow("cancelled") << "Check File" << QString();
+    }
+
+    void checkDialogs()
+    {
+        QFETCH(QString, button);
+        QFETCH(QString, path);
+        SupportPermissionsData collector;
+        SupportPermissionsTab page(&collector);
+        page.updateContent();
+        QStringList seen;
+        QTimer answer;
+        // The path is typed into the file dialog, which is accepted once it has taken it in.
+        connect(&answer, &QTimer::timeout, [&] {
+            if (auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
+                if (seen.isEmpty())
+                    seen << dialog->windowTitle();
+                if (path.isEmpty())
+                    dialog->reject();
+                else if (dialog->selectedFiles() == QStringList{path})
+                    static_cast<QDialog*>(dialog)->accept();
+                else
+                    dialog->findChild<QLineEdit*>(u"fileNameEdit"_s)->setText(path);
+            } else if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                seen << box->windowTitle() + '|' + box->text();
+                box->accept();
+            }
+        });
+        answer.start(50);
+        for (QPushButton* candidate : page.findChildren<QPushButton*>()) {
+            if (candidate->text() == button)
+                candidate->click();
+        }
+        QStringList expected{button == u"Check File"_s ? u"Choose File"_s : u"Choose Folder"_s};
+        if (!path.isEmpty())
+            expected << "|Path:\n" + path + "\n\nPermissions:\n" + permissionsText(path, false);
+        QCOMPARE(seen, expected);
+    }
+};
+
+QTEST_MAIN(tst_SupportPages)
+#include "tst_supportpages.moc"
