@@ -1,0 +1,278 @@
+#include "win32/errortext.h"
+#include "win32/registry.h"
+#include "win32/sysinfo.h"
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+// Runs Wine's own reg.exe, the independent witness of what is in the registry, and returns its
+// exit code; its output goes to *output when asked for.
+int reg(const std::wstring& arguments, std::string* output = nullptr)
+{
+    FILE* pipe = _wpopen((L"reg.exe " + arguments + L" 2>&1").c_str(), L"r");
+    if (!pipe)
+        return -1;
+    std::string text;
+    char buffer[4096];
+    while (const size_t count = fread(buffer, 1, sizeof buffer, pipe))
+        text.append(buffer, count);
+    if (output)
+        *output = text;
+    return _pclose(pipe);
+}
+
+bool contains(const std::vector<std::wstring>& list, const std::wstring& item)
+{
+    return std::find(list.begin(), list.end(), item) != list.end();
+}
+
+std::wstring sid()
+{
+    return win32::currentUserSid([](const char* message) { ADD_FAILURE() << message; });
+}
+
+std::wstring environmentPath()
+{
+    return L"\"HKU\\" + sid() + L"\\Environment\"";
+}
+
+class Associations : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        const std::wstring classes = L"HKCU\\Software\\Classes\\";
+        for (const wchar_t* key : {L".cvt1", L".cvt2", L".cvt3", L".cvt4", L".cvt5"})
+            reg(L"delete " + classes + key + L" /f");
+        for (const wchar_t* value :
+             {L".cvt1 /ve /d Corvanta.Design", L".cvt2 /ve /d OtherApp.Design",
+              L".cvt3 /v Note /d Corvanta.Design", L".cvt4 /ve /d CorvantaViewer.View",
+              L".cvt5 /ve /d corvanta.design", L"Corvanta.Design /ve /d Design",
+              L"CvtAlias /ve /d Corvanta.Alias"})
+            ASSERT_EQ(reg(L"add " + classes + value + L" /f"), 0) << value;
+    }
+};
+
+} // namespace
+
+TEST_F(Associations, OnlyKeysWhoseDefaultNamesTheProductAreListedAndRemoved)
+{
+    // Every sub-key counts, not only dotted ones; not the ProgID key itself, another program's
+    // extension, a key without a default value, another product of the vendor or another case.
+    const auto listed = win32::productAssociations(L"Corvanta", false);
+    for (const auto& [key, expected] : {std::pair{L".cvt1", true},
+                                        {L"CvtAlias", true},
+                                        {L"Corvanta.Design", false},
+                                        {L".cvt2", false},
+                                        {L".cvt3", false},
+                                        {L".cvt4", false},
+                                        {L".cvt5", false}})
+        EXPECT_EQ(contains(listed, key), expected) << key;
+    EXPECT_FALSE(contains(win32::productAssociations(L"Corvanta", true), L".cvt1")) << "machine";
+    // A product name with a blank matches ProgIDs without the blank.
+    const auto viewer = win32::productAssociations(L"Corvanta Viewer", false);
+    EXPECT_TRUE(contains(viewer, L".cvt4"));
+    EXPECT_FALSE(contains(viewer, L".cvt1"));
+
+    EXPECT_FALSE(win32::removeProductAssociation(L".cvt2", L"Corvanta", false));
+    EXPECT_FALSE(win32::removeProductAssociation(L".cvt3", L"Corvanta", false));
+    std::string output;
+    ASSERT_EQ(reg(L"query HKCU\\Software\\Classes\\.cvt2 /ve", &output), 0);
+    EXPECT_NE(output.find("OtherApp.Design"), std::string::npos) << output;
+
+    // Only the default value goes: the key, its other values and the ProgID stay.
+    ASSERT_EQ(reg(L"add HKCU\\Software\\Classes\\.cvt1 /v Keep /d kept /f"), 0);
+    EXPECT_TRUE(win32::removeProductAssociation(L".cvt1", L"Corvanta", false));
+    EXPECT_EQ(reg(L"query HKCU\\Software\\Classes\\.cvt1", &output), 0) << "the key stays";
+    EXPECT_EQ(output.find("Corvanta.Design"), std::string::npos) << output;
+    EXPECT_NE(output.find("kept"), std::string::npos) << output;
+    EXPECT_EQ(reg(L"query HKCU\\Software\\Classes\\Corvanta.Design /ve"), 0);
+    EXPECT_FALSE(contains(win32::productAssociations(L"Corvanta", false), L".cvt1"));
+}
+
+TEST(UninstallEntries, ReadsOnlyTheMachines32BitView)
+{
+    const std::wstring wow =
+        L"HKLM\\SOFTWARE\\WOW6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\CvtTest32";
+    const std::wstring native =
+        L"HKLM\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\CvtTest64";
+    ASSERT_EQ(reg(L"add " + wow + L" /v DisplayName /d \"Corvanta 32\" /f"), 0);
+    ASSERT_EQ(reg(L"add " + wow + L" /v DisplayVersion /d 5.1.2 /f"), 0);
+    ASSERT_EQ(reg(L"add " + wow + L" /v InstallLocation /d \"C:\\Corvanta\" /f"), 0);
+    ASSERT_EQ(reg(L"add " + native + L" /v DisplayName /d \"Corvanta 64\" /f"), 0);
+
+    bool found32 = false;
+    for (const auto& entry : win32::uninstallEntries()) {
+        EXPECT_NE(entry.displayName, L"Corvanta 64");
+        if (entry.displayName == L"Corvanta 32") {
+            found32 = true;
+            EXPECT_EQ(entry.displayVersion, L"5.1.2");
+            EXPECT_EQ(entry.installLocation, L"C:\\Corvanta");
+            EXPECT_EQ(entry.displayIcon, L"");
+        }
+    }
+    EXPECT_TRUE(found32);
+    reg(L"delete " + wow + L" /f");
+    reg(L"delete " + native + L" /f");
+}
+
+// Under the user's domain SID, the key of a loaded hive.
+TEST(Environment, SetWritesStringUnderUsersSid)
+{
+    const std::wstring text = sid();
+    EXPECT_EQ(text.rfind(L"S-1-5-21-", 0), 0u) << std::string(text.begin(), text.end());
+    reg(L"add " + environmentPath() + L" /v CvtOther /d other /f");
+    ASSERT_TRUE(win32::setEnvironmentVariable(sid(), L"CvtScale", L"0"));
+
+    std::string output;
+    ASSERT_EQ(reg(L"query " + environmentPath() + L" /v CvtScale", &output), 0);
+    EXPECT_NE(output.find("REG_SZ"), std::string::npos) << output;
+    EXPECT_NE(output.find("CvtScale"), std::string::npos) << output;
+    EXPECT_EQ(win32::environmentVariable(sid(), L"CvtScale"), L"0");
+
+    EXPECT_TRUE(win32::removeEnvironmentVariable(sid(), L"CvtScale"));
+    EXPECT_NE(reg(L"query " + environmentPath() + L" /v CvtScale"), 0);
+    EXPECT_EQ(win32::environmentVariable(sid(), L"CvtScale"), L"");
+    EXPECT_EQ(reg(L"query " + environmentPath() + L" /v CvtOther"), 0) << "others stay";
+    EXPECT_FALSE(win32::removeEnvironmentVariable(sid(), L"CvtScale")) << "already gone";
+    reg(L"delete " + environmentPath() + L" /v CvtOther /f");
+}
+
+// The test runs with an X display (see CMakeLists.txt): without one Wine creates no windows, and
+// a broadcast that reaches nobody proves nothing.
+namespace {
+
+std::atomic<int> environmentChanges{0};
+
+// A recipient that hangs on the notice, as a busy program would.
+LRESULT CALLBACK hungWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    if (message == WM_SETTINGCHANGE && lParam
+        && std::strcmp(reinterpret_cast<const char*>(lParam), "Environment") == 0) {
+        ++environmentChanges;
+        Sleep(3000);
+    }
+    return DefWindowProcW(window, message, wParam, lParam);
+}
+
+} // namespace
+
+TEST(SettingBroadcast, HungRecipientDoesNotHoldUpTheWrite)
+{
+    HANDLE ready = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    HWND window = nullptr;
+    std::atomic<bool> done{false};
+    std::thread recipient([&] {
+        WNDCLASSW windowClass{};
+        windowClass.lpfnWndProc = hungWindowProc;
+        windowClass.hInstance = GetModuleHandleW(nullptr);
+        windowClass.lpszClassName = L"CvtHungRecipient";
+        RegisterClassW(&windowClass);
+        window = CreateWindowExW(0, windowClass.lpszClassName, L"recipient", WS_OVERLAPPEDWINDOW, 0,
+                                 0, 10, 10, nullptr, nullptr, windowClass.hInstance, nullptr);
+        SetEvent(ready);
+        MSG message;
+        while (!done) {
+            while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+                DispatchMessageW(&message);
+            Sleep(5);
+        }
+        DestroyWindow(window);
+    });
+    WaitForSingleObject(ready, INFINITE);
+    ASSERT_NE(window, nullptr) << "no top-level window: is DISPLAY set?";
+
+    const std::wstring sid = win32::currentUserSid([](const char*) {});
+    const ULONGLONG start = GetTickCount64();
+    const bool written = win32::setEnvironmentVariable(sid, L"CvtBroadcast", L"0");
+    const ULONGLONG elapsed = GetTickCount64() - start;
+
+    done = true;
+    recipient.join();
+    CloseHandle(ready);
+    win32::removeEnvironmentVariable(sid, L"CvtBroadcast");
+
+    EXPECT_TRUE(written);
+    EXPECT_EQ(environmentChanges.load(), 1)
+        << "the 8-bit \"Environment\" notice reached the window";
+    // The recipient hangs for 3 s; a 100 ms timeout per window returns long before that.
+    EXPECT_LT(elapsed, 1500u);
+}
+
+namespace {
+
+const wchar_t* const activeNameKey =
+    L"System\\CurrentControlSet\\Control\\ComputerName\\ActiveComputerName";
+
+// Wine takes the computer name from this volatile value, so a test can rename the machine.
+bool setActiveComputerName(const std::wstring& name)
+{
+    return RegSetKeyValueW(HKEY_LOCAL_MACHINE, activeNameKey, L"ComputerName", REG_SZ, name.c_str(),
+                           static_cast<DWORD>((name.size() + 1) * sizeof(wchar_t)))
+           == ERROR_SUCCESS;
+}
+
+} // namespace
+
+TEST(MachineNames, UserNameOnlyWhenShorterThanComputerName)
+{
+    wchar_t buffer[256];
+    DWORD size = 256;
+    ASSERT_TRUE(GetUserNameW(buffer, &size));
+    const std::wstring user = buffer;
+    size = 256;
+    ASSERT_TRUE(GetComputerNameW(buffer, &size));
+    const std::wstring original = buffer;
+    ASSERT_GE(user.size(), 2u);
+    ASSERT_LT(user.size(), 15u) << "the longer computer name must still fit in 15 characters";
+    struct Restore
+    {
+        std::wstring name;
+        ~Restore() { setActiveComputerName(name); }
+    } restore{original};
+
+    const std::wstring longer(user.size() + 1, L'L');
+    const std::wstring sameLength(user.size(), L'S');
+    const std::wstring shorter(user.size() - 1, L'H');
+    for (const std::wstring& name : {longer, sameLength, shorter}) {
+        ASSERT_TRUE(setActiveComputerName(name));
+        const win32::MachineNames names = win32::machineNames();
+        EXPECT_EQ(names.computerName, name);
+        EXPECT_EQ(names.userName, name.size() > user.size() ? user : std::wstring()) << name;
+    }
+}
+
+TEST(TotalPhysicalMemory, AtLeast64MiB)
+{
+    EXPECT_GE(win32::totalPhysicalMemory(), 64u << 20);
+}
+
+TEST(ProcessorSpeed, IsTheRegistryValueInDecimal)
+{
+    std::string listing;
+    reg(L"query \"HKLM\\Hardware\\Description\\System\\CentralProcessor\\0\" /v ~MHz", &listing);
+    const size_t hex = listing.find("0x");
+    ASSERT_NE(hex, std::string::npos) << listing;
+    EXPECT_EQ(win32::processorSpeedText(),
+              std::to_wstring(std::stoul(listing.substr(hex + 2), nullptr, 16)));
+}
+
+TEST(SystemErrorMessage, KnownCodeHasTrimmedTextUnknownNone)
+{
+    const std::wstring message = win32::systemErrorMessage(ERROR_ACCESS_DENIED);
+    EXPECT_NE(message.find(L"ccess"), std::wstring::npos) << "expected an access-denied text";
+    EXPECT_EQ(message, win32::trimmed(L" \t" + message + L"\r\n")) << "no blanks around it";
+    EXPECT_NE(message, win32::systemErrorMessage(ERROR_FILE_NOT_FOUND));
+    EXPECT_TRUE(win32::systemErrorMessage(0x1234567u).empty());
+}
