@@ -1,11 +1,56 @@
+#include "BasicTextProcessor.h"
+#include "SupportApplication.h"
+#include "SupportMainWindow.h"
+
+#include <QDialogButtonBox>
+#include <QMenu>
+#include <QMenuBar>
 #include <QProcess>
+#include <QPushButton>
 #include <QRegularExpression>
 #include <QTest>
 
+#include <cstdio>
+
 using namespace Qt::StringLiterals;
 
+namespace {
+
+const char childVariable[] = "TST_REPORTCOMMANDLINE_CHILD";
+
+// The child: the application and its window as the program builds them, in the language of the
+// child's environment. Prints what the user reads, one group a line.
+int printUserTexts(int argc, char** argv)
+{
+    SupportApplication application(argc, argv);
+    const SupportMainWindow window;
+    QStringList menus;
+    for (const QAction* menu : window.menuBar()->actions())
+        menus << menu->text();
+    QStringList fileEntries;
+    for (const QAction* entry : window.menuBar()->actions().constFirst()->menu()->actions())
+        fileEntries << entry->text();
+    const QDialogButtonBox buttons(QDialogButtonBox::Cancel);
+    const QStringList lines{menus.join('|'), fileEntries.join('|'),
+                            BasicTextProcessor::formatBytes(1),
+                            buttons.button(QDialogButtonBox::Cancel)->text()};
+    std::fputs(qPrintable(lines.join('\n') + '\n'), stdout);
+    return 0;
+}
+
+QProcessEnvironment withLang(const QString& lang)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const QString& name : {u"LC_ALL"_s, u"LC_MESSAGES"_s, u"LANGUAGE"_s})
+        environment.remove(name);
+    environment.insert(u"LANG"_s, lang);
+    return environment;
+}
+
+} // namespace
+
 // The report program as a shell user meets it over a remote shell: the real program, without a
-// display and without a network, in the language of LANG.
+// display and without a network, in the language of LANG. The window's texts follow LANG too.
 class tst_ReportCommandLine : public QObject
 {
     Q_OBJECT
@@ -34,7 +79,6 @@ private slots:
              u"\n  2  the command line was not understood;\n"_s});
         row("-h", {u"-h"_s}, 0, {u"^Usage: "_s});
         row("--version", {u"--version"_s}, 0, {u"^corvanta-support-report 1\\.0\\.5\n$"_s});
-        row("unknown option", {u"--verbose"_s}, 2, {}, unknown.arg(u"--verbose"_s));
         row("unknown option after a known one", {u"--version"_s, u"-x"_s}, 2, {},
             unknown.arg(u"-x"_s));
         row("a value for a switch", {u"--version=2"_s}, 2, {},
@@ -78,11 +122,9 @@ private slots:
         QFETCH(int, exitCode);
         QFETCH(QStringList, output);
         QFETCH(QString, errorLine);
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        for (const QString& name : {u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s, u"QT_QPA_PLATFORM"_s,
-                                    u"LC_ALL"_s, u"LC_MESSAGES"_s, u"LANGUAGE"_s})
+        QProcessEnvironment environment = withLang(lang);
+        for (const QString& name : {u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s, u"QT_QPA_PLATFORM"_s})
             environment.remove(name);
-        environment.insert(u"LANG"_s, lang);
         QProcess program;
         program.setProcessEnvironment(environment);
         if (!outputFile.isEmpty())
@@ -106,7 +148,48 @@ private slots:
         QCOMPARE(errors.size(), errorLine.isEmpty() ? 0 : 1);
         QVERIFY2(errors.join('\n').startsWith(errorLine), qPrintable(errors.join('\n')));
     }
+
+    // Where the program has a translation for LANG, Qt's own texts come in the same language.
+    void userTextsFollowLang_data()
+    {
+        QTest::addColumn<QString>("lang");
+        QTest::addColumn<QString>("expected");
+        const QString german = u"Datei|Bearbeiten|Hilfe\n"
+                               "Bericht speichern...|Bericht per E-Mail senden...|Beenden\n"
+                               "1 Byte\nAbbrechen\n"_s;
+        const QString english = u"File|Edit|Help\nSave Report...|Email Report...|Quit\n"
+                                "1 byte\nCancel\n"_s;
+        QTest::newRow("German") << u"de_DE.UTF-8"_s << german;
+        QTest::newRow("German in Austria") << u"de_AT.UTF-8"_s << german;
+        QTest::newRow("C") << u"C"_s << english;
+        // Qt has French texts, the program has none: nothing may mix two languages.
+        QTest::newRow("French, not translated") << u"fr_FR.UTF-8"_s << english;
+    }
+
+    void userTextsFollowLang()
+    {
+        QFETCH(QString, lang);
+        QFETCH(QString, expected);
+        QProcessEnvironment environment = withLang(lang);
+        environment.insert(QString::fromLatin1(childVariable), u"1"_s);
+        environment.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+        QProcess child;
+        child.setProcessEnvironment(environment);
+        child.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        child.start(QCoreApplication::applicationFilePath(), {});
+        QVERIFY(child.waitForFinished(30000));
+        QCOMPARE(child.exitCode(), 0);
+        QCOMPARE(QString::fromUtf8(child.readAllStandardOutput()), expected);
+    }
 };
 
-QTEST_GUILESS_MAIN(tst_ReportCommandLine)
+int main(int argc, char** argv)
+{
+    if (qEnvironmentVariableIsSet(childVariable))
+        return printUserTexts(argc, argv);
+    QCoreApplication application(argc, argv);
+    tst_ReportCommandLine test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_reportcommandline.moc"

@@ -54,10 +54,7 @@ private slots:
         TestEnvironment home;
         XvfbServer x;
         QVERIFY2(x.isRunning(), "Xvfb did not start");
-        QElapsedTimer clock;
-        clock.start();
         QVERIFY2(!x.startMainWindow().isEmpty(), "the main window never appeared");
-        qInfo("The main window showed after %lld ms.", clock.elapsed());
         QTRY_VERIFY2(!m_connections.isEmpty(), "the program never reached the silent server");
     }
 
@@ -87,9 +84,7 @@ private slots:
         QTimer::singleShot(0, &tab, &SupportSystemTab::updateContent);
         // qWaitFor turns the thread's own loop; QSignalSpy::wait would nest one.
         QVERIFY(QTest::qWaitFor([&] { return !probed.isEmpty(); }, 30000));
-        const qint64 probeTook = refresh.elapsed();
-
-        QVERIFY2(probeTook >= 9000, "the probe was not held by the silent server");
+        QVERIFY2(refresh.elapsed() >= 9000, "the probe was not held by the silent server");
         QVERIFY(m_connections.size() >= connectionsBefore + 2);
         QVERIFY2(longestGap <= 2000,
                  qPrintable(u"the GUI thread was held for %1 ms"_s.arg(longestGap)));

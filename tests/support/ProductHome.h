@@ -21,7 +21,6 @@ public:
     QString dataFolder() const { return path(QStringLiteral(".local/share/Corvanta")); }
     QString preferences() const { return path(QStringLiteral(".config/Kelvanmoor/Corvanta.ini")); }
     QString userMimeapps() const { return path(QStringLiteral(".config/mimeapps.list")); }
-    QString machineMimeapps() const { return path(QStringLiteral("system-config/mimeapps.list")); }
 
     // Empties the home, trash included, and writes the product's files again.
     bool prepare();

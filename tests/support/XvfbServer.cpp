@@ -1,38 +1,24 @@
 #include "XvfbServer.h"
 
-#include <QFile>
 #include <QMap>
 #include <QTest>
 #include <QThread>
 
 using namespace Qt::StringLiterals;
 
-XvfbServer::XvfbServer(const QStringList& screenSizes, int dpi)
+XvfbServer::XvfbServer(const QStringList& screenSizes)
 {
-    for (int number = 90; number < 190 && m_display.isEmpty(); ++number) {
-        if (QFile::exists(u"/tmp/.X%1-lock"_s.arg(number))
-            || QFile::exists(u"/tmp/.X11-unix/X%1"_s.arg(number)))
-            continue;
-        QStringList arguments{u":%1"_s.arg(number), u"-nolisten"_s, u"tcp"_s,
-                              u"-noreset"_s,        u"-dpi"_s,      QString::number(dpi)};
-        for (int i = 0; i < screenSizes.size(); ++i)
-            arguments << u"-screen"_s << QString::number(i) << screenSizes.at(i) + u"x24"_s;
-        m_server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_server.start(u"Xvfb"_s, arguments);
-        if (!m_server.waitForStarted(5000))
-            return;
-        // Ready once a client can talk to it; gone at once when another server took the number.
-        m_display = u":%1"_s.arg(number);
-        const auto answers = [&] {
-            return m_server.state() != QProcess::Running
-                   || !run(u"xdotool"_s, {u"getdisplaygeometry"_s}).isEmpty();
-        };
-        if (!QTest::qWaitFor(answers, 10000) || m_server.state() != QProcess::Running) {
-            m_display.clear();
-            m_server.kill();
-            m_server.waitForFinished(2000);
-        }
+    // Xvfb takes the first free display number and writes it once clients can connect.
+    QStringList arguments{u"-displayfd"_s, u"1"_s,    u"-nolisten"_s, u"tcp"_s,
+                          u"-noreset"_s,   u"-dpi"_s, u"96"_s};
+    for (int i = 0; i < screenSizes.size(); ++i)
+        arguments << u"-screen"_s << QString::number(i) << screenSizes.at(i) + u"x24"_s;
+    m_server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_server.start(u"Xvfb"_s, arguments);
+    while (!m_server.canReadLine() && m_server.waitForReadyRead(10000)) {
     }
+    if (m_server.canReadLine())
+        m_display = ':' + QString::fromLatin1(m_server.readLine().trimmed());
 }
 
 XvfbServer::~XvfbServer()

@@ -9,8 +9,7 @@ class XvfbServer
 {
 public:
     // Each size, such as "1920x1080", becomes one X screen of that size.
-    explicit XvfbServer(const QStringList& screenSizes = {QStringLiteral("1920x1080")},
-                        int dpi = 96);
+    explicit XvfbServer(const QStringList& screenSizes = {QStringLiteral("1920x1080")});
     ~XvfbServer();
 
     bool isRunning() const { return !m_display.isEmpty() && m_server.state() == QProcess::Running; }

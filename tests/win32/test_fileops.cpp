@@ -42,13 +42,11 @@ protected:
 
 TEST(FolderPath, FourKindsGiveFoldersOthersFail)
 {
-    std::wstring paths[4];
+    std::wstring paths[5];
     for (int kind = 0; kind < 4; ++kind)
         EXPECT_TRUE(win32::folderPath(kind, paths[kind]) && !paths[kind].empty()) << kind;
     EXPECT_NE(paths[0], paths[1]);
-    std::wstring path = L"unchanged";
-    EXPECT_FALSE(win32::folderPath(-1, path) || win32::folderPath(4, path));
-    EXPECT_EQ(path, L"unchanged");
+    EXPECT_FALSE(win32::folderPath(-1, paths[4]) || win32::folderPath(4, paths[4]));
 }
 
 // Wine's Recycle Bin is the freedesktop trash of XDG_DATA_HOME, seen here through drive Z:. A
@@ -80,7 +78,7 @@ TEST_F(FileOps, SameFileByVolumeAndIndex)
     EXPECT_FALSE(win32::isSameFile(source, file(L"missing.txt")));
 }
 
-TEST_F(FileOps, CopyKeepsContentAndRestoredTimes)
+TEST_F(FileOps, CopyKeepsContentAndRestoredTimesMoveReplaces)
 {
     const std::wstring source = file(L"a.txt", "copied content");
     ASSERT_TRUE(win32::writeFileTimes(source, {130000000000000000ull, 131000000000000000ull}));
@@ -99,22 +97,16 @@ TEST_F(FileOps, CopyKeepsContentAndRestoredTimes)
     HANDLE handle = CreateFileW(destination.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
                                 OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     ASSERT_NE(handle, INVALID_HANDLE_VALUE);
-    FILETIME created, accessed, modified;
-    ASSERT_TRUE(GetFileTime(handle, &created, &accessed, &modified));
+    ULARGE_INTEGER created, modified;
+    ASSERT_TRUE(GetFileTime(handle, reinterpret_cast<FILETIME*>(&created), nullptr,
+                            reinterpret_cast<FILETIME*>(&modified)));
     CloseHandle(handle);
-    const auto number = [](FILETIME time) {
-        return (ULONGLONG(time.dwHighDateTime) << 32) | time.dwLowDateTime;
-    };
-    EXPECT_EQ(number(created), saved.created);
-    EXPECT_EQ(number(modified), saved.modified);
-}
+    EXPECT_EQ(created.QuadPart, saved.created);
+    EXPECT_EQ(modified.QuadPart, saved.modified);
 
-TEST_F(FileOps, MoveReplacesDestination)
-{
-    const std::wstring source = file(L"a.txt", "new");
-    const std::wstring destination = file(L"b.txt", "old");
-    ASSERT_TRUE(win32::moveFile(source, destination));
-    EXPECT_FALSE(fs::exists(source));
-    EXPECT_EQ(content(destination), "new");
-    EXPECT_FALSE(win32::moveFile(source, file(L"c.txt")));
+    const std::wstring replaced = file(L"c.txt", "old");
+    ASSERT_TRUE(win32::moveFile(destination, replaced));
+    EXPECT_FALSE(fs::exists(destination));
+    EXPECT_EQ(content(replaced), "copied content");
+    EXPECT_FALSE(win32::moveFile(destination, file(L"d.txt")));
 }

@@ -1,11 +1,17 @@
+#include "win32/errortext.h"
 #include "win32/registry.h"
+#include "win32/sysinfo.h"
 
 #include <gtest/gtest.h>
 
 #include <windows.h>
 
 #include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <cstring>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -41,6 +47,31 @@ std::wstring environmentPath()
     return L"\"HKU\\" + sid() + L"\\Environment\"";
 }
 
+// Wine takes the computer name from this volatile value, so a test can rename the machine.
+bool setActiveComputerName(const std::wstring& name)
+{
+    return RegSetKeyValueW(HKEY_LOCAL_MACHINE,
+                           L"System\\CurrentControlSet\\Control\\ComputerName\\ActiveComputerName",
+                           L"ComputerName", REG_SZ, name.c_str(),
+                           static_cast<DWORD>((name.size() + 1) * sizeof(wchar_t)))
+           == ERROR_SUCCESS;
+}
+
+// Wine makes windows only with an X display (see CMakeLists.txt); a broadcast that reaches
+// nobody would prove nothing.
+std::atomic<int> environmentChanges{0};
+
+// A recipient that hangs on the notice, as a busy program would.
+LRESULT CALLBACK hungWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    if (message == WM_SETTINGCHANGE && lParam
+        && std::strcmp(reinterpret_cast<const char*>(lParam), "Environment") == 0) {
+        ++environmentChanges;
+        Sleep(3000);
+    }
+    return DefWindowProcW(window, message, wParam, lParam);
+}
+
 class Associations : public testing::Test
 {
 protected:
@@ -62,14 +93,13 @@ protected:
 
 TEST_F(Associations, OnlyKeysWhoseDefaultNamesTheProductAreListedAndRemoved)
 {
+    // Every sub-key counts, not only dotted ones; not the ProgID key itself, another program's
+    // extension, a key without a default value, another product of the vendor or another case.
     const auto listed = win32::productAssociations(L"Corvanta", false);
-    EXPECT_TRUE(contains(listed, L".cvt1"));
-    EXPECT_TRUE(contains(listed, L"CvtAlias")) << "every sub-key counts, not only dotted ones";
-    EXPECT_FALSE(contains(listed, L"Corvanta.Design")) << "the ProgID key itself";
-    EXPECT_FALSE(contains(listed, L".cvt2")) << "another program's extension";
-    EXPECT_FALSE(contains(listed, L".cvt3")) << "no default value";
-    EXPECT_FALSE(contains(listed, L".cvt4")) << "another product of the same vendor";
-    EXPECT_FALSE(contains(listed, L".cvt5")) << "the prefix is case-sensitive";
+    for (const wchar_t* key : {L".cvt1", L"CvtAlias"})
+        EXPECT_TRUE(contains(listed, key)) << key;
+    for (const wchar_t* key : {L"Corvanta.Design", L".cvt2", L".cvt3", L".cvt4", L".cvt5"})
+        EXPECT_FALSE(contains(listed, key)) << key;
     EXPECT_FALSE(contains(win32::productAssociations(L"Corvanta", true), L".cvt1")) << "machine";
     // A product name with a blank matches ProgIDs without the blank.
     const auto viewer = win32::productAssociations(L"Corvanta Viewer", false);
@@ -118,13 +148,47 @@ TEST(UninstallEntries, ReadsOnlyTheMachines32BitView)
     reg(L"delete " + native + L" /f");
 }
 
-// Under the user's domain SID, the key of a loaded hive.
+// Under the user's domain SID, the key of a loaded hive; a recipient of the change notice that
+// hangs does not hold up the write.
 TEST(Environment, SetWritesStringUnderUsersSid)
 {
     const std::wstring text = sid();
     EXPECT_EQ(text.rfind(L"S-1-5-21-", 0), 0u) << std::string(text.begin(), text.end());
     reg(L"add " + environmentPath() + L" /v CvtOther /d other /f");
-    ASSERT_TRUE(win32::setEnvironmentVariable(sid(), L"CvtScale", L"0"));
+
+    HANDLE ready = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    HWND window = nullptr;
+    std::atomic<bool> done{false};
+    std::thread recipient([&] {
+        WNDCLASSW windowClass{};
+        windowClass.lpfnWndProc = hungWindowProc;
+        windowClass.hInstance = GetModuleHandleW(nullptr);
+        windowClass.lpszClassName = L"CvtHungRecipient";
+        RegisterClassW(&windowClass);
+        window = CreateWindowExW(0, windowClass.lpszClassName, L"recipient", WS_OVERLAPPEDWINDOW, 0,
+                                 0, 10, 10, nullptr, nullptr, windowClass.hInstance, nullptr);
+        SetEvent(ready);
+        MSG message;
+        while (!done) {
+            while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+                DispatchMessageW(&message);
+            Sleep(5);
+        }
+        DestroyWindow(window);
+    });
+    WaitForSingleObject(ready, INFINITE);
+    const ULONGLONG start = GetTickCount64();
+    const bool written = win32::setEnvironmentVariable(sid(), L"CvtScale", L"0");
+    const ULONGLONG elapsed = GetTickCount64() - start;
+    done = true;
+    recipient.join();
+    CloseHandle(ready);
+    ASSERT_NE(window, nullptr) << "no top-level window: is DISPLAY set?";
+    ASSERT_TRUE(written);
+    EXPECT_EQ(environmentChanges.load(), 1)
+        << "the 8-bit \"Environment\" notice reached the window";
+    // The recipient hangs for 3 s; a 100 ms timeout per window returns long before that.
+    EXPECT_LT(elapsed, 1500u);
 
     std::string output;
     ASSERT_EQ(reg(L"query " + environmentPath() + L" /v CvtScale", &output), 0);
@@ -138,4 +202,56 @@ TEST(Environment, SetWritesStringUnderUsersSid)
     EXPECT_EQ(reg(L"query " + environmentPath() + L" /v CvtOther"), 0) << "others stay";
     EXPECT_FALSE(win32::removeEnvironmentVariable(sid(), L"CvtScale")) << "already gone";
     reg(L"delete " + environmentPath() + L" /v CvtOther /f");
+}
+
+TEST(MachineNames, UserNameOnlyWhenShorterThanComputerName)
+{
+    wchar_t buffer[256];
+    DWORD size = 256;
+    ASSERT_TRUE(GetUserNameW(buffer, &size));
+    const std::wstring user = buffer;
+    size = 256;
+    ASSERT_TRUE(GetComputerNameW(buffer, &size));
+    const std::wstring original = buffer;
+    ASSERT_GE(user.size(), 2u);
+    ASSERT_LT(user.size(), 15u) << "the longer computer name must still fit in 15 characters";
+    struct Restore
+    {
+        std::wstring name;
+        ~Restore() { setActiveComputerName(name); }
+    } restore{original};
+
+    const std::wstring longer(user.size() + 1, L'L');
+    const std::wstring sameLength(user.size(), L'S');
+    const std::wstring shorter(user.size() - 1, L'H');
+    for (const std::wstring& name : {longer, sameLength, shorter}) {
+        ASSERT_TRUE(setActiveComputerName(name));
+        const win32::MachineNames names = win32::machineNames();
+        EXPECT_EQ(names.computerName, name);
+        EXPECT_EQ(names.userName, name.size() > user.size() ? user : std::wstring()) << name;
+    }
+}
+
+TEST(TotalPhysicalMemory, AtLeast64MiB)
+{
+    EXPECT_GE(win32::totalPhysicalMemory(), 64u << 20);
+}
+
+TEST(ProcessorSpeed, IsTheRegistryValueInDecimal)
+{
+    std::string listing;
+    reg(L"query \"HKLM\\Hardware\\Description\\System\\CentralProcessor\\0\" /v ~MHz", &listing);
+    const size_t hex = listing.find("0x");
+    ASSERT_NE(hex, std::string::npos) << listing;
+    EXPECT_EQ(win32::processorSpeedText(),
+              std::to_wstring(std::stoul(listing.substr(hex + 2), nullptr, 16)));
+}
+
+TEST(SystemErrorMessage, KnownCodeHasTrimmedTextUnknownNone)
+{
+    const std::wstring message = win32::systemErrorMessage(ERROR_ACCESS_DENIED);
+    EXPECT_NE(message.find(L"ccess"), std::wstring::npos) << "expected an access-denied text";
+    EXPECT_EQ(message, win32::trimmed(L" \t" + message + L"\r\n")) << "no blanks around it";
+    EXPECT_NE(message, win32::systemErrorMessage(ERROR_FILE_NOT_FOUND));
+    EXPECT_TRUE(win32::systemErrorMessage(0x1234567u).empty());
 }
