@@ -374,8 +374,7 @@ private slots:
         // Errors of an earlier request are not shown once the next one starts.
         emit data.signalSslErrors({QSslError(QSslError::SelfSignedCertificate)});
 
-        // The probe runs beside the page and shows its answer when it ends; silent services are
-        // the last case's.
+        // The probe runs beside the page and shows its answer when it ends.
         for (int i = 0; i < addressBodies.size(); ++i) {
             tab.updateContent();
             QVERIFY(replies.size() == i + 1 || replies.wait(20000));
