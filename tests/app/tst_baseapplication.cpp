@@ -19,7 +19,9 @@ class tst_BaseApplication : public QObject
     char* m_argv[2] = {m_name, nullptr};
 
 private slots:
-    void instanceWithoutApplication()
+    // Without an application every request says so. The event loop flag holds only inside
+    // exec(); at shutdown the registered objects go, after the signal that they are about to.
+    void lifecycle()
     {
         // Asked twice: the message comes every time.
         for (int i = 0; i < 2; ++i) {
@@ -27,12 +29,6 @@ private slots:
                                              "instance without first allocating one!");
             QCOMPARE(BaseApplication::instance(), nullptr);
         }
-    }
-
-    // The event loop flag holds only inside exec(); at shutdown the registered objects go, after
-    // the signal that they are about to.
-    void lifecycle()
-    {
         QPointer<QObject> kept = new QObject;
         QPointer<QObject> deletedEarly = new QObject;
         QPointer<QObject> fromThread = new QObject;
@@ -72,18 +68,15 @@ private slots:
         QTest::addColumn<QString>("expected");
         QTest::newRow("access denied")
             << "Failed:" << uint(EACCES) << "Failed: Permission denied [13]";
-        QTest::newRow("unknown, beyond int")
-            << "x" << 0xFFFFFFFFu << "x Unknown Error [4294967295]";
-        QTest::newRow("placeholders in prefix")
-            << "50%1" << uint(EACCES) << "50%1 Permission denied [13]";
+        QTest::newRow("unknown beyond int, placeholder in prefix")
+            << "50%1" << 0xFFFFFFFFu << "50%1 Unknown Error [4294967295]";
     }
 
     void windowsErrorText()
     {
         QFETCH(QString, prefix);
         QFETCH(uint, code);
-        QFETCH(QString, expected);
-        QCOMPARE(BaseApplication::windowsErrorText(prefix, code), expected);
+        QTEST(BaseApplication::windowsErrorText(prefix, code), "expected");
     }
 };
 

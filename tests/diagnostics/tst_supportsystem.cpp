@@ -8,16 +8,11 @@
 #include "SystemProfilePlatform.h"
 #include "TestEnvironment.h"
 
-#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QLabel>
 #include <QSignalSpy>
-#include <QSysInfo>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTest>
 #include <QThread>
-#include <QTimer>
 
 #include <pwd.h>
 #include <unistd.h>
@@ -94,18 +89,13 @@ private slots:
         QCOMPARE(SystemProfile::instance(), fromThreads[0]);
 
         const SystemProfile& profile = *fromThreads[0];
-        QVERIFY(profile.osName().startsWith(u"Linux "_s));
-        QCOMPARE(profile.cpuArchitecture(), QSysInfo::currentCpuArchitecture());
-        QVERIFY(profile.cpuSpeed().endsWith(u" Ghz"_s));
-        QVERIFY(profile.cpuThreads() >= 1);
-        QVERIFY(profile.ramGB() >= 1);
+        QVERIFY(profile.osName().startsWith(u"Linux "_s) && profile.cpuSpeed().endsWith(u" Ghz"_s));
+        QVERIFY(profile.cpuThreads() >= 1 && profile.ramGB() >= 1);
         QCOMPARE(profile.homeFolderName(), QFileInfo(m_environment.home()).fileName());
         QCOMPARE(profile.userName(), QString::fromLocal8Bit(::getpwuid(::geteuid())->pw_name));
-        QCOMPARE(profile.hostName(), QSysInfo::machineHostName());
 
         const QStringList addresses = profile.macAddresses();
         QVERIFY(std::is_sorted(addresses.cbegin(), addresses.cend()));
-        QCOMPARE(profile.macAddresses(), addresses);
     }
 
     // The pure readers of what wmic, Linux and PowerShell answer, each row against the text it
@@ -128,23 +118,21 @@ private slots:
         const auto windows = [](const QString& caption) {
             return SystemProfile::versionName(1, windowsVersion(caption, 6, 1));
         };
-        QTest::newRow("caption") << windows(u"Caption=Microsoft Windows 11 Pro"_s) << u"11"_s;
-        QTest::newRow("caption without a number")
-            << windows(u"Caption=Microsoft Windows Server"_s) << u"7"_s;
-        QTest::newRow("no caption") << windows({}) << u"7"_s;
+        QTest::newRow("captions") << windows(u"Caption=Microsoft Windows 11 Pro"_s)
+                                         + windows(u"Caption=Microsoft Windows Server"_s)
+                                         + windows({})
+                                  << u"1177"_s;
         QTest::newRow("address width")
             << n(addressWidthIs64(u"AddressWidth=64"_s)) + n(addressWidthIs64(u"AddressWidth=32"_s))
                    + n(addressWidthIs64({}))
             << u"100"_s;
         // The chips' capacities when wmic names any, else the system's total, in whole GB from
         // 0.05 below the next.
-        QTest::newRow("chips") << n(
-            wholeGB(memoryGiB(u"Capacity=8589934592 Capacity=8589934592"_s, 64 * GiB)))
-                               << u"16"_s;
-        QTest::newRow("7.94 GiB") << n(wholeGB(memoryGiB({}, quint64(7.94 * GiB)))) << u"7"_s;
-        QTest::newRow("7.95 GiB") << n(wholeGB(memoryGiB({}, quint64(7.9500001 * GiB)))) << u"8"_s;
-        QTest::newRow("speeds") << cpuSpeedText(3600) + '|' + cpuSpeedText(2999.6)
-                                << u"3.6 Ghz|3 Ghz"_s;
+        QTest::newRow("memory") << n(wholeGB(memoryGiB(u"Capacity=8589934592 Capacity=8589934592"_s,
+                                                       64 * GiB)))
+                                       + '|' + n(wholeGB(memoryGiB({}, quint64(7.94 * GiB)))) + '|'
+                                       + n(wholeGB(memoryGiB({}, quint64(7.9500001 * GiB))))
+                                << u"16|7|8"_s;
         // MAC addresses are kept for less than half an hour, and not past midnight.
         const QStringList one{u"3C-7C-3F-11-22-33"_s};
         const QDateTime noon(QDate(2024, 5, 6), QTime(12, 0));
@@ -166,17 +154,22 @@ private slots:
                    + n(architectureIs64Bit(u"s390"_s))
             << u"11100"_s;
         // Only the count after its own key becomes a size text, never the same digits elsewhere.
-        QTest::newRow("sizes, same digits elsewhere")
-            << withSizeTexts(u"FreeSpace    : 1073741824\r\nSize         : 256060514304\r\n"
-                             "VolumeName   : 256060514304\r\n"_s)
-            << u"FreeSpace    : 1 GB\r\nSize         : 238.5 GB\r\nVolumeName   : 256060514304\r\n"_s;
-        QTest::newRow("sizes of a full disk")
+        QTest::newRow("sizes")
             << withSizeTexts(
-                   u"DeviceID   : /dev/loop0\r\nSize       : 4096\r\nFreeSpace  : 0\r\n"_s)
-            << u"DeviceID   : /dev/loop0\r\nSize       : 4 KB\r\nFreeSpace  : 0 bytes\r\n"_s;
-        QTest::newRow("sizes, digits inside a longer number")
-            << withSizeTexts(u"Size : 1024\r\nFreeSpace : 1024000000\r\nSerial : 2010\r\n"_s)
-            << u"Size : 1 KB\r\nFreeSpace : 976.6 MB\r\nSerial : 2010\r\n"_s;
+                   u"FreeSpace    : 1073741824\r\nSize         : 256060514304\r\n"
+                   "VolumeName   : 256060514304\r\nSize : 1024\r\nFreeSpace : 1024000000\r\n"_s)
+            << u"FreeSpace    : 1 GB\r\nSize         : 238.5 GB\r\nVolumeName   : 256060514304\r\n"
+               "Size : 1 KB\r\nFreeSpace : 976.6 MB\r\n"_s;
+        // Kept: the Intel card, Hyper-V (the words are not adjacent), VMware's 00-50-56 range,
+        // the lower-case type and the lower-case address. The rest are virtual (the table's
+        // first and last prefixes among them), special or not Ethernet. What runWmic hands over
+        // is one line, so no record is ever found in it.
+        QStringList adapters = physicalAdapterAddresses(adapterListing);
+        adapters.sort();
+        QTest::newRow("adapters")
+            << adapters.join(' ') + '|' + n(adapterRecords(adapterListing.simplified()).size())
+            << u"00-15-5D-01-02-03 00-1C-42-00-00-08 00-50-56-C0-00-08 3C-7C-3F-11-22-33 "
+               "f0-5d-89-00-00-01|0"_s;
         // Local disks first, by mount point, then network shares.
         QTest::newRow("volume blocks")
             << volumeListing({})
@@ -197,23 +190,9 @@ private slots:
         QTEST(parsed, "expected");
     }
 
-    void adapterScan()
-    {
-        // Kept: the Intel card, Hyper-V (the words are not adjacent), VMware's 00-50-56 range,
-        // the lower-case type and the lower-case address. The rest are virtual (the table's
-        // first and last prefixes among them), special or not Ethernet.
-        QStringList found = physicalAdapterAddresses(adapterListing);
-        found.sort();
-        QCOMPARE(found, QStringList({u"00-15-5D-01-02-03"_s, u"00-1C-42-00-00-08"_s,
-                                     u"00-50-56-C0-00-08"_s, u"3C-7C-3F-11-22-33"_s,
-                                     u"f0-5d-89-00-00-01"_s}));
-        QCOMPARE(adapterRecords(adapterListing).size(), 12);
-        QCOMPARE(adapterRecords(adapterListing).at(0).description, u"Intel(R) Ethernet I219-V"_s);
-        // What runWmic hands over is one line, so no record is ever found in it.
-        QVERIFY(adapterRecords(adapterListing.simplified()).isEmpty());
-    }
-
-    void runWmic()
+    // The Windows programs' stand-ins: what wmic is asked and what is read from its answers, and
+    // the PowerShell listings.
+    void windowsPrograms()
     {
         QVERIFY(putFile(m_environment.path(u"caption"_s),
                         "\r\n\r\nCaption=Microsoft Windows 11 Pro  \r\n\r\n\r\n"));
@@ -223,14 +202,7 @@ private slots:
         QCOMPARE(fileBytes(standIns() + u"/arguments"_s),
                  "/interactive:off\nos\nget\ncaption\n/Format:list\n");
 
-        qputenv("PATH", m_environment.path(u"empty"_s).toUtf8());
-        QCOMPARE(SystemProfile::runWmic(u"os get caption /Format:list"_s), QString());
-        qputenv("PATH", standIns().toUtf8() + ':' + m_path);
-    }
-
-    // Wine's wmic ignores /Format:list and prints a UTF-16 table; these are its real answers.
-    void wineAnswers()
-    {
+        // Wine's wmic ignores /Format:list and prints a UTF-16 table; these are its real answers.
         const auto answer = [](const char* name) {
             qputenv("WMIC_OUTPUT",
                     QFINDTESTDATA(u"fixtures/wine-wmic-"_s + name + u".out"_s).toUtf8());
@@ -242,6 +214,19 @@ private slots:
         // Not empty, so the total from the system is not asked for and nothing is summed.
         QCOMPARE(memoryGiB(answer("memorychip-capacity"), 16 * GiB), 0.0);
         QVERIFY(adapterRecords(answer("nic")).isEmpty());
+
+        // The stand-in powershell.exe shows the arguments each command gets.
+        QString expected;
+        for (const char* command :
+             {"[get-wmiobject][win32_logicaldisk]", "[get-wmiobject][win32_mappedlogicaldisk]",
+              "[net][view]", "[net][use]"})
+            expected += QLatin1String(command) + u"[; Stop-Process $pid]\nSize : 2 KB\n"_s
+                        + u"Size : 4096\n"_s;
+        QCOMPARE(powerShellListing(), expected);
+
+        qputenv("PATH", m_environment.path(u"empty"_s).toUtf8());
+        QCOMPARE(SystemProfile::runWmic(u"os get caption /Format:list"_s), QString());
+        qputenv("PATH", standIns().toUtf8() + ':' + m_path);
     }
 
     void sysfsTrees()
@@ -301,29 +286,22 @@ private slots:
                      "External IP Address:<br>  <br><br>"_s
                    + beforeWinInet + u"WinInet:            "_s + tail;
         };
-        const QString lowRam = u"Errors:<br>1. Insufficient RAM.<br><br>"_s;
         const QSslError selfSigned(QSslError::SelfSignedCertificate);
         const QSslError wrongHost(QSslError::HostNameMismatch);
-        const QList<QSslError> none;
         // An empty block still takes its label's padding.
         const QString blank(20, QLatin1Char(' '));
-        const QString ok = u"OK"_s + listing + blank;
-        QTest::newRow("all well, no benchmark yet")
-            << 16.0 << listing << none << true << QString() << page({}, u"16 GB"_s, {}, ok);
-        QTest::newRow("unknown RAM, no file systems")
-            << -1.0 << QString() << none << true << QString()
+        QTest::newRow("unknown RAM, no file systems, probe failed, benchmark lines joined")
+            << -1.0 << QString() << QList<QSslError>() << false
+            << u"Write: 120.5 MB/s\nRead: 800.2 MB/s"_s
             << page(u"Errors:<br>1. Insufficient RAM.<br>2. Failed to find file systems.<br><br>"_s,
-                    u"-1 GB"_s, {}, u"OK"_s + blank + blank);
-        QTest::newRow("TLS errors numbered, low RAM to six digits")
+                    u"-1 GB"_s, {}, u"Error"_s + blank + "Write: 120.5 MB/s<br>Read: 800.2 MB/s");
+        QTest::newRow("TLS errors numbered, low RAM to six digits, no benchmark yet")
             << 0.123456789 << listing << QList<QSslError>{selfSigned, wrongHost} << true
             << QString()
-            << page(lowRam, u"0.123457 GB"_s,
+            << page(u"Errors:<br>1. Insufficient RAM.<br><br>"_s, u"0.123457 GB"_s,
                     "SSL Errors:         <br>1. " + selfSigned.errorString() + "<br>2. "
                         + wrongHost.errorString() + "<br><br>",
-                    ok);
-        QTest::newRow("exactly 1 GB, probe failed, benchmark lines joined")
-            << 1.0 << listing << none << false << u"Write: 120.5 MB/s\nRead: 800.2 MB/s"_s
-            << page({}, u"1 GB"_s, {}, "Error" + listing + "Write: 120.5 MB/s<br>Read: 800.2 MB/s");
+                    u"OK"_s + listing + blank);
     }
 
     void rendering()
@@ -343,18 +321,6 @@ private slots:
         data.setBenchmarkText(benchmark);
         data.render();
         QTEST(*data.text(), "expected");
-    }
-
-    // The stand-in powershell.exe shows the arguments each command gets.
-    void powerShellCommands()
-    {
-        QString expected;
-        for (const char* command :
-             {"[get-wmiobject][win32_logicaldisk]", "[get-wmiobject][win32_mappedlogicaldisk]",
-              "[net][view]", "[net][use]"})
-            expected += QLatin1String(command) + u"[; Stop-Process $pid]\nSize : 2 KB\n"_s
-                        + u"Size : 4096\n"_s;
-        QCOMPARE(powerShellListing(), expected);
     }
 
     // Without a page to show a late answer on, the headless report waits for it.
@@ -378,19 +344,14 @@ private slots:
         QTest::addColumn<QByteArrayList>("addressBodies");
         QTest::addColumn<QByteArray>("probeBody");
         QTest::addColumn<QString>("shown");
-        const QByteArray first = R"({"ip":"203.0.113.7"})";
-        QTest::newRow("address shown, probe answers")
-            << QByteArrayList{first} << QByteArray("203.0.113.7")
-            << u"203.0.113.7<br><br>WinInet:            OK"_s;
-        QTest::newRow("later address replaces it")
-            << QByteArrayList{first, R"({"ip":"198.51.100.2"})"} << QByteArray("x")
-            << u"  198.51.100.2<br>"_s;
-        QTest::newRow("garbage keeps the address") << QByteArrayList{first, "<html>busy</html>"}
-                                                   << QByteArray("x") << u"  203.0.113.7<br>"_s;
-        QTest::newRow("address not a string") << QByteArrayList{R"({"ip":7})"} << QByteArray("x")
-                                              << u"External IP Address:<br>  <br>"_s;
-        QTest::newRow("probe with an empty body")
-            << QByteArrayList{first} << QByteArray("") << u"WinInet:            Error"_s;
+        // A later address replaces the first; garbage after it keeps it.
+        QTest::newRow("answers") << QByteArrayList{R"({"ip":"203.0.113.7"})",
+                                                   R"({"ip":"198.51.100.2"})", "<html>busy</html>"}
+                                 << QByteArray("x")
+                                 << u"  198.51.100.2<br><br>WinInet:            OK"_s;
+        QTest::newRow("address not a string, empty probe body")
+            << QByteArrayList{R"({"ip":7})"} << QByteArray("")
+            << u"External IP Address:<br>  <br><br>WinInet:            Error"_s;
     }
 
     // The page against a loopback address service and probe page: each refresh asks once, and the
@@ -413,8 +374,7 @@ private slots:
         // Errors of an earlier request are not shown once the next one starts.
         emit data.signalSslErrors({QSslError(QSslError::SelfSignedCertificate)});
 
-        // The probe runs beside the page and shows its answer when it ends; silent services are
-        // the last case's.
+        // The probe runs beside the page and shows its answer when it ends.
         for (int i = 0; i < addressBodies.size(); ++i) {
             tab.updateContent();
             QVERIFY(replies.size() == i + 1 || replies.wait(20000));

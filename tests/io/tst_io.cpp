@@ -28,7 +28,6 @@ private slots:
         QTest::newRow("one") << qint64(1) << "1 byte" << u"1 byte"_s;
         QTest::newRow("below a kilobyte") << kb - 1 << "1023 bytes" << u"1023.0 bytes"_s;
         QTest::newRow("kilobyte") << kb << "1 KB" << u"1.0 KB"_s;
-        QTest::newRow("one and a half") << kb * 3 / 2 << "1.5 KB" << u"1.5 KB"_s;
         QTest::newRow("rounded after the unit") << mb - 1 << "1024 KB" << u"1024.0 KB"_s;
         QTest::newRow("half up") << mb + 104858 << "1.1 MB" << u"1.1 MB"_s;
         QTest::newRow("beyond terabytes stays in TB") << 2048 * tb << "2048 TB" << u"2048.0 TB"_s;
@@ -135,7 +134,6 @@ private slots:
         QFETCH(qint64, chunk);
         QFETCH(bool, ok);
         QFETCH(QString, text);
-        QFETCH(qint64, position);
         QFETCH(QString, message);
         QVERIFY(putFile(path(u"text"_s), content));
         FileHandle handle(path(u"text"_s));
@@ -144,7 +142,7 @@ private slots:
         QCOMPARE(handle.readText(read, length, chunk), ok);
         if (ok)
             QCOMPARE(read, text);
-        QCOMPARE(handle.position(), position);
+        QTEST(handle.position(), "position");
         QCOMPARE(log.messages().join(""), message.replace(u"%1"_s, path(u"text"_s)));
     }
 

@@ -1,11 +1,14 @@
+#include "RecordingData.h"
 #include "RunAsNobody.h"
 #include "SupportBenchmarkFileIoTask.h"
+#include "SupportLoader.h"
 #include "SupportTaskManager.h"
 #include "SupportTaskRunner.h"
 #include "TestEnvironment.h"
 
 #include <QApplication>
 #include <QDir>
+#include <QPointer>
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -22,13 +25,21 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QProgressDialog* progressDialog()
+const QList<int> allKinds{0, 1, 3, 4, 5};
+
+QList<QProgressDialog*> progressDialogs()
 {
+    QList<QProgressDialog*> dialogs;
     for (QWidget* widget : QApplication::topLevelWidgets()) {
         if (auto* dialog = qobject_cast<QProgressDialog*>(widget))
-            return dialog;
+            dialogs << dialog;
     }
-    return nullptr;
+    return dialogs;
+}
+
+QProgressDialog* progressDialog()
+{
+    return progressDialogs().value(0);
 }
 
 void clickCancel()
@@ -92,6 +103,7 @@ QStringList summary(const QString& report)
 
 } // namespace
 
+// Work behind the modal progress dialog: the loading pass over the collectors and the task batches.
 class tst_SupportTasks : public QObject
 {
     Q_OBJECT
@@ -101,20 +113,120 @@ class tst_SupportTasks : public QObject
 private slots:
     void init() { journal.clear(); }
 
-    // Batches run their tasks in order and add to one report. An empty batch ends at once, and the
-    // dialog's own show timer must not bring the dialog up after it. A start from inside a running
-    // task only queues. The first cancel click arrives through the modal dialog's event processing;
+    // An empty batch or table ends within start() itself; a vanished table is ignored. None brings
+    // up its dialog, not even by the dialog's own show timer, which runs for four seconds.
+    void nothingToDo()
+    {
+        SupportTaskManager manager;
+        QSignalSpy batchFinished(&manager, &SupportTaskManager::signalFinished);
+        manager.start();
+        QCOMPARE(batchFinished.count(), 1);
+        RecordingData::Journal loads;
+        SupportDataTable vanished = RecordingData::table(allKinds, &loads);
+        const SupportDataTable empty = SupportDataTable::create();
+        SupportLoader emptyLoader(empty.toWeakRef());
+        SupportLoader vanishedLoader(vanished.toWeakRef());
+        vanished.reset();
+        QSignalSpy emptyFinished(&emptyLoader, &SupportLoader::signalFinished);
+        QSignalSpy vanishedFinished(&vanishedLoader, &SupportLoader::signalFinished);
+        emptyLoader.start();
+        vanishedLoader.start();
+        QCOMPARE(emptyFinished.count(), 1);
+        QTest::qWait(4500);
+        QCOMPARE(batchFinished.count() + emptyFinished.count() + vanishedFinished.count(), 2);
+        QVERIFY(loads.snapshot().isEmpty());
+        QVERIFY(!progressDialogs().isEmpty());
+        for (const QProgressDialog* dialog : progressDialogs())
+            QVERIFY(!dialog->isVisible());
+    }
+
+    // Each collector loads on one worker thread, ascending by kind, never overlapping; those that
+    // need it run their main-thread step on the GUI thread just before. The modal dialog names
+    // each collector in turn, shown on the first event loop turn, so from the second one on.
+    void loadOrderAndThreads()
+    {
+        RecordingData::Journal journal;
+        const SupportDataTable table = RecordingData::table(allKinds, &journal);
+        RecordingData::in(table, 1)->mainThreadWork = true;
+        RecordingData::in(table, 4)->mainThreadWork = true;
+        SupportLoader loader(table.toWeakRef());
+        QStringList seen;
+        QProgressDialog* dialog = nullptr;
+        connect(&loader, &SupportLoader::signalStartWorkerItem, this, [&] {
+            if ((dialog = progressDialog()))
+                seen << u"%1 %2 %3"_s.arg(dialog->labelText())
+                            .arg(dialog->value())
+                            .arg(dialog->isVisible());
+        });
+        QSignalSpy finished(&loader, &SupportLoader::signalFinished);
+        loader.start();
+        QVERIFY(finished.wait(10000));
+        QCOMPARE(journal.snapshot(),
+                 (QStringList{"begin:0", "end:0", "main:1", "begin:1", "end:1", "begin:3", "end:3",
+                              "main:4", "begin:4", "end:4", "begin:5", "end:5"}));
+        QCOMPARE(journal.loadThreads.size(), 5);
+        for (QThread* thread : std::as_const(journal.loadThreads)) {
+            QVERIFY(thread != QThread::currentThread());
+            QCOMPARE(thread, journal.loadThreads.first());
+        }
+        QCOMPARE(journal.mainThreadStepThreads, QList<QThread*>(2, QThread::currentThread()));
+        QCOMPARE(seen.mid(1),
+                 (QStringList{"Loading Fonts data... 1 1", "Loading Permissions data... 2 1",
+                              "Loading Corvanta data... 3 1", "Loading System data... 4 1"}));
+        QVERIFY(seen.value(0).startsWith(u"Loading Display data... 0 "_s));
+        QCOMPARE(dialog->maximum(), 5);
+        QCOMPARE(dialog->windowModality(), Qt::ApplicationModal);
+        QVERIFY(dialog->findChildren<QPushButton*>().isEmpty());
+        QVERIFY(!dialog->isVisible());
+        QCOMPARE(finished.count(), 1);
+    }
+
+    // Neither Esc nor a close request, as a window manager sends it, ends the loading dialog, the
+    // program's only window then, before the pass does. Quitting takes the loader down with the
+    // window, here while a collector is busy for longer than 10 s; the program must end without
+    // aborting.
+    void loadingDialogStaysUntilTheEnd()
+    {
+        RecordingData::Journal journal;
+        const SupportDataTable table = RecordingData::table({0, 1}, &journal);
+        RecordingData::in(table, 0)->loadMs = 2000;
+        {
+            SupportLoader loader(table.toWeakRef());
+            QSignalSpy finished(&loader, &SupportLoader::signalFinished);
+            QSignalSpy lastClosed(qApp, &QGuiApplication::lastWindowClosed);
+            loader.start();
+            const QPointer<QProgressDialog> dialog = progressDialog();
+            QVERIFY(dialog);
+            QTRY_VERIFY(dialog->isVisible());
+            QVERIFY(QTest::qWaitForWindowExposed(dialog));
+            QTest::keyClick(dialog, Qt::Key_Escape);
+            QTest::qWait(100);
+            QVERIFY(dialog && dialog->isVisible());
+            dialog->windowHandle()->close();
+            QTest::qWait(100);
+            QVERIFY(dialog && dialog->isVisible());
+            QVERIFY(finished.wait(10000));
+            QCOMPARE(journal.snapshot(), (QStringList{"begin:0", "end:0", "begin:1", "end:1"}));
+            QCOMPARE(lastClosed.count(), 0);
+        }
+
+        RecordingData::in(table, 0)->loadMs = 11000;
+        auto slow = std::make_unique<SupportLoader>(table.toWeakRef());
+        slow->start();
+        QTRY_COMPARE(journal.snapshot().size(), 5);
+        slow.reset();
+        QCOMPARE(journal.snapshot().mid(4), (QStringList{u"begin:0"_s, u"end:0"_s}));
+        QVERIFY(!progressDialog());
+    }
+
+    // Batches run their tasks in order and add to one report. A start from inside a running task
+    // only queues. The first cancel click arrives through the modal dialog's event processing;
     // tasks still queued after a cancel wait for the next start, or die with the manager.
     void batches()
     {
         {
             SupportTaskManager manager;
             QSignalSpy finished(&manager, &SupportTaskManager::signalFinished);
-            manager.start();
-            QCOMPARE(finished.count(), 1);
-            QTest::qWait(4500);
-            QVERIFY(progressDialog() && !progressDialog()->isVisible());
-
             manager.addTask(new StepTask(u"a"_s, 10, [&](int step) {
                 if (step == 1)
                     QTimer::singleShot(0, qApp, clickCancel);
@@ -125,14 +237,14 @@ private slots:
                 manager.start();
             }));
             manager.start();
-            QCOMPARE(finished.count(), 2);
+            QCOMPARE(finished.count(), 1);
             QCOMPARE(manager.report(), u"a:3;"_s);
             QVERIFY(!progressDialog()->isVisible());
 
             manager.addTask(new StepTask(u"c"_s, 5, [](int) { clickCancel(); }));
             manager.addTask(new StepTask(u"d"_s, 1));
             manager.start();
-            QCOMPARE(finished.count(), 3);
+            QCOMPARE(finished.count(), 2);
             QCOMPARE(manager.report(), u"a:3;b:1;c:1;"_s);
         }
         QCOMPARE(journal, QStringList({"a0", "shown", "a1", "a2", "deleted a", "b0", "deleted b",

@@ -1,0 +1,216 @@
+#include "ReportExport.h"
+#include "SupportDisplayData.h"
+#include "SupportDisplayTab.h"
+#include "SupportFontsData.h"
+#include "SupportFontsTab.h"
+#include "TestEnvironment.h"
+
+#include <QDir>
+#include <QFontInfo>
+#include <QGridLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Stand-ins for the four fonts, from the DejaVu families every test machine has; the fixed one
+// just above normal weight, the others at normal weight.
+SupportFontsData::FontSlots standIns(const QList<int>& missing)
+{
+    const QStringList families = {"DejaVu Sans Mono", "DejaVu Serif", "DejaVu Sans", "DejaVu Sans"};
+    const QStringList names = {"DejaVu Sans Mono", "Sequence-Regular", "System", "Verdana"};
+    SupportFontsData::FontSlots fontSlots;
+    for (int i = 0; i < 4; ++i) {
+        fontSlots[size_t(i)].name = names.at(i);
+        if (!missing.contains(i))
+            fontSlots[size_t(i)].font = QSharedPointer<QFont>::create(families.at(i));
+    }
+    if (fontSlots[0].font)
+        fontSlots[0].font->setWeight(QFont::Weight(401));
+    return fontSlots;
+}
+
+// The property lines of one font's block, between its name line and the blank line ending it.
+QStringList block(const QString& text, const QString& name)
+{
+    const QStringList lines = text.split(u"<br>"_s);
+    const qsizetype start = lines.indexOf(name.leftJustified(20));
+    return start < 0 ? QStringList{u"<none>"_s}
+                     : lines.mid(start + 1, lines.indexOf(QString(), start) - start - 1);
+}
+
+QPushButton* button(const QWidget& tab, const QString& action)
+{
+    for (QPushButton* candidate : tab.findChildren<QPushButton*>()) {
+        if (candidate->text() == action + u" DPI Workaround"_s)
+            return candidate;
+    }
+    return nullptr;
+}
+
+const QByteArray other = "# set by hand\nEDITOR=vi\n";
+const QByteArray workaround = "QT_AUTO_SCREEN_SCALE_FACTOR=0\n";
+const QByteArray folder = "<a folder>";
+
+} // namespace
+
+// The Display and Fonts pages. Loading the real screens is covered end to end under Xvfb; here the
+// figures are set directly.
+class tst_DisplayAndFonts : public QObject
+{
+    Q_OBJECT
+
+public:
+    // Only the DejaVu fonts exist for this test: "Consolas" and "Verdana" are surely missing.
+    static void initMain()
+    {
+        static TestEnvironment fonts;
+        const QString config = fonts.path(u"fonts.conf"_s);
+        putFile(config, "<fontconfig><dir>/usr/share/fonts/truetype/dejavu</dir><cachedir>"
+                            + fonts.path(u"cache"_s).toUtf8() + "</cachedir></fontconfig>");
+        qputenv("FONTCONFIG_FILE", config.toUtf8());
+    }
+
+private slots:
+    // The fixed font is the first installed one of the list.
+    void load()
+    {
+        SupportFontsData none({u"Consolas"_s, u"Courier New"_s});
+        none.load();
+        QVERIFY(!none.slot(0).font && none.slot(0).name.isEmpty());
+        QCOMPARE(none.errors(), (QStringList{"Fixed font not found.", "Verdana font not found."}));
+        SupportFontsData fonts({u"Consolas"_s, u"DejaVu Serif"_s, u"DejaVu Sans Mono"_s});
+        fonts.load();
+        QVERIFY(fonts.slot(0).font);
+        QCOMPARE(fonts.slot(0).name + u'=' + QFontInfo(*fonts.slot(0).font).family(),
+                 u"DejaVu Serif=DejaVu Serif"_s);
+        QCOMPARE(fonts.errors(), QStringList{u"Verdana font not found."_s});
+
+        // The embedded font's block: every key in ascending order, each value padded to 20.
+        const QStringList lines = block(*fonts.text(), u"Sequence-Regular"_s);
+        QStringList keys;
+        for (const QString& line : lines)
+            keys << line.section(u':', 0, 0).trimmed();
+        QCOMPARE(
+            keys.join(u','),
+            u"ascent,avg char width,bold,cap height,descent,exactMatch,family,fixedPitch,italic,"
+            "max width,pixelSize,pointSize,pointSizeF,style,styleHint,styleName,weight"_s);
+        for (const char* line :
+             {"bold:               No", "family:             Sequence", "fixedPitch:         Yes",
+              "styleName:          Regular", "weight:             400"})
+            QVERIFY2(lines.contains(u"  "_s + QLatin1String(line)), line);
+    }
+
+    void missingFonts_data()
+    {
+        QTest::addColumn<QList<int>>("missing");
+        QTest::addColumn<QStringList>("errors");
+        QTest::newRow("none") << QList<int>() << QStringList();
+        QTest::newRow("all that can be")
+            << QList<int>{3, 1, 0}
+            << QStringList{"Fixed font not found.",
+                           "Embedded Sequence-Regular font failed to load.",
+                           "Verdana font not found."};
+    }
+
+    // A missing font gives its error, only its name line in the text, no picture and no row on
+    // the page; the page shows the collector's fonts without looking them up again.
+    void missingFonts()
+    {
+        QFETCH(QList<int>, missing);
+        SupportFontsData fonts;
+        fonts.setSlots(standIns(missing));
+        fonts.render();
+        QTEST(fonts.errors(), "errors");
+        // Bold from weight 401 up.
+        QCOMPARE(block(*fonts.text(), u"System"_s).value(2), u"  bold:               No"_s);
+        if (!missing.contains(0))
+            QCOMPARE(block(*fonts.text(), u"DejaVu Sans Mono"_s).value(2),
+                     u"  bold:               Yes"_s);
+
+        SupportFontsTab tab(&fonts);
+        tab.updateContent();
+        const auto* grid = tab.findChildren<QGridLayout*>().constLast();
+        QVERIFY(grid->itemAtPosition(3, 1));
+        QSize picture(0, 0);
+        for (int i = 0; i < 4; ++i) {
+            const SupportFontsData::FontSlot s = fonts.slot(i);
+            QCOMPARE(block(*fonts.text(), s.name).size(), missing.contains(i) ? 0 : 17);
+            const auto* name = qobject_cast<QLabel*>(grid->itemAtPosition(i, 0)->widget());
+            QCOMPARE(name->isHidden(), missing.contains(i));
+            QCOMPARE(grid->itemAtPosition(i, 1)->widget()->isHidden(), missing.contains(i));
+            if (!s.font)
+                continue;
+            QCOMPARE(name->text(), s.name + u':');
+            QLabel sample(s.name + u": "_s + SupportFontsData::sampleText());
+            sample.setFont(*s.font);
+            sample.resize(sample.sizeHint());
+            const QSize size = renderWidget(&sample).size();
+            picture =
+                QSize(std::max(picture.width(), size.width()), picture.height() + size.height());
+        }
+        QCOMPARE(fonts.image().size(), picture);
+    }
+
+    // Each screen smaller than 1024 x 768 is named, in screen order; DPI figures round half up.
+    void displayFigures()
+    {
+        SupportDisplayData data;
+        QCOMPARE(data.errors(), QStringList{u"No screens found."_s});
+        data.setFigures({{u"HDMI-1"_s, QSize(1024, 768), QSizeF(508.5, 285.75), 1.1f},
+                         {u"b"_s, QSize(1023, 767), QSizeF(508, 286), 1.0f}},
+                        95.5, 47.49, 143.5);
+        data.render();
+        QCOMPARE(*data.text(),
+                 u"Errors:<br>1. Screen 2 is too narrow.<br>2. Screen 2 is too short.<br><br>"
+                 "Number of Screens:  2<br><br>screen 1:           <br>  name=HDMI-1<br>"
+                 "  geometry=(1024 x 768)<br>  physicalSize=(508.5 x 285.75)<br>"
+                 "  devicePixelRatio=1.1<br><br>screen 2:           <br>  name=b<br>"
+                 "  geometry=(1023 x 767)<br>  physicalSize=(508 x 286)<br>"
+                 "  devicePixelRatio=1<br><br>Minimum DPI:        47<br>"
+                 "Maximum DPI:        144<br>Effective DPI:      96<br>"_s);
+    }
+
+    void buttons_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::addColumn<QString>("click");
+        QTest::addColumn<QByteArray>("after");
+        QTest::newRow("apply keeps other lines") << other << "Apply" << other + workaround;
+        QTest::newRow("starts with the variable set") << workaround << "" << workaround;
+        // A folder where the file belongs: the write fails, for root too.
+        QTest::newRow("failure changes nothing") << folder << "Apply" << folder;
+    }
+
+    // The workaround buttons: only the one that changes something is enabled, before and after.
+    void buttons()
+    {
+        QFETCH(QByteArray, before);
+        QFETCH(QString, click);
+        QFETCH(QByteArray, after);
+        TestEnvironment home;
+        const QString file = home.path(u".config/environment.d/60-corvanta-support.conf"_s);
+        QVERIFY(before == folder ? QDir().mkpath(file) : putFile(file, before));
+        SupportDisplayData display;
+        SupportDisplayTab tab(&display);
+        tab.updateContent();
+        tab.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&tab));
+        QPushButton* apply = button(tab, u"Apply"_s);
+        QPushButton* remove = button(tab, u"Remove"_s);
+        QVERIFY(apply && remove);
+        for (const QByteArray& state : {before, after}) {
+            QCOMPARE(remove->isEnabled(), state.contains(workaround));
+            QCOMPARE(apply->isEnabled(), !state.contains(workaround));
+            if (!click.isEmpty())
+                QTest::mouseClick(button(tab, std::exchange(click, QString())), Qt::LeftButton);
+        }
+        QCOMPARE(QFileInfo(file).isDir() ? folder : fileBytes(file), after);
+    }
+};
+
+QTEST_MAIN(tst_DisplayAndFonts)
+#include "tst_displayandfonts.moc"
