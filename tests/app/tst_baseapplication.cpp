@@ -19,16 +19,13 @@ class tst_BaseApplication : public QObject
     char* m_argv[2] = {m_name, nullptr};
 
 private slots:
-    // Without an application every request says so, and error texts need none. The event loop
-    // flag holds only inside exec(); at shutdown the registered objects go, after the signal that
-    // they are about to.
+    // At shutdown the registered objects go, after the signal that they are about to.
     void lifecycle()
     {
         QCOMPARE(BaseApplication::windowsErrorText(u"Failed:"_s, EACCES),
                  u"Failed: Permission denied [13]"_s);
         QCOMPARE(BaseApplication::windowsErrorText(u"50%1"_s, 0xFFFFFFFFu),
                  u"50%1 Unknown Error [4294967295]"_s);
-        // Asked twice: the message comes every time.
         for (int i = 0; i < 2; ++i) {
             QTest::ignoreMessage(QtDebugMsg, "ERROR! Attempting to retrieve BaseApplication "
                                              "instance without first allocating one!");

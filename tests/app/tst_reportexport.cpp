@@ -19,7 +19,6 @@ namespace {
 using Render = std::function<void(QString&)>;
 using Sections = QList<ReportDocument::Section>;
 
-// A section as a collector renders it: straight into its text, with the fragment helpers.
 ReportDocument::Section section(int kind, const Render& render, const QStringList& errors = {})
 {
     RecordingData data(kind);
@@ -73,14 +72,12 @@ QImage filled(int width, int height, const QColor& colour)
 
 } // namespace
 
-// The report: the page fragments it is built from, its text, folder and picture, the e-mail
-// hand-off, and the report as data: its fields, the differences and the redaction.
+// The report: its fragments, text, folder, picture, e-mail and the report as data.
 class tst_ReportExport : public QObject
 {
     Q_OBJECT
 
 private slots:
-    // Every helper that builds text, called with its arguments, against the text it must give.
     void fragments_data()
     {
         QTest::addColumn<QString>("html");
@@ -106,19 +103,6 @@ private slots:
             << field("Path:", QString(), "missing") << "before|Path:                - missing";
         QTest::newRow("field long label is not cut")
             << field("A label of more than twenty:", 1) << "before|A label of more than twenty:1";
-        QTest::newRow("remove")
-            << removeLink("deletePath/tmp/x")
-            << "<a href='#deletePath/tmp/x' style=\"color: #bb0000\";>Remove</a>";
-        // Blanks and letters stay as they are; markup and quotes are encoded in the href and
-        // escaped in the text.
-        QTest::newRow("file") << fileLink("/home/Zoë o'brien/a&b<c>\"d\"")
-                              << "<a href='file:///home/Zoë o%27brien/a%26b%3Cc%3E%22d%22' >"
-                                 "/home/Zoë o'brien/a&amp;b&lt;c&gt;&quot;d&quot;</a>";
-        // The plain report: tags and action links gone, other links keep their words.
-        QTest::newRow("plain") << htmlToPlainText("a<br>b " + removeLink("deletePath/x")
-                                                  + " Temp: " + actionLink("Clear", "clearTemp")
-                                                  + actionLink("Check", "check"))
-                               << "a\nb  Temp: Check";
     }
 
     void fragments()
@@ -127,8 +111,7 @@ private slots:
         QTEST(html, "expected");
     }
 
-    // The text with the start time, taken once and kept; a folder per second of the time given;
-    // a folder that cannot be made is survived.
+    // The start time is taken once; a folder per second of the time given.
     void textAndFolder()
     {
         const QDateTime start = reportStartTime();
@@ -152,7 +135,6 @@ private slots:
         findSupportData(*table, 0)->text()->append(u"<br>later"_s);
         QCOMPARE(saveReportTo(*table, parent, first.addMSecs(800)), folder);
         QCOMPARE(QString::fromUtf8(fileBytes(folder + "/report.txt")), reportText(*table));
-        // A second later: a folder of its own.
         QCOMPARE(saveReportTo(*table, parent, first.addSecs(1)),
                  parent + "/Corvanta Support Report 2024-03-20T151208Z");
         // Local times are named by their UTC time.
@@ -165,7 +147,6 @@ private slots:
         QVERIFY(!QFile::exists(saveReportTo(*table, home.path(u"file"_s)) + "/report.txt"));
     }
 
-    // Read back from the encoded URL, as the mail program gets it.
     void emailCarriesTheReportWhole()
     {
         const QString report = u"/home/a&b/#1\nbody=x&subject=y\n1+1 %41 100%\nGrüße\r\nΩ"_s;
@@ -178,8 +159,7 @@ private slots:
         QCOMPARE(query.queryItemValue(u"body"_s, QUrl::FullyDecoded), report);
     }
 
-    // The collectors' pictures stacked in kind order, the widest setting the width, transparent
-    // beside narrower ones; without any there is no picture.
+    // Stacked in kind order, transparent beside narrower pictures; without any there is none.
     void pictureIsTheStackOfImages()
     {
         TestEnvironment home;
@@ -198,8 +178,7 @@ private slots:
         QCOMPARE(saved.pixelColor(50, 69).alpha(), 0);
     }
 
-    // The fields are what the helpers last laid out on the collector's own text, as plain text,
-    // each on its line; text written over them leaves them out.
+    // The fields the helpers last laid out; text written over them leaves them out.
     void fields_data()
     {
         QTest::addColumn<Render>("render");
@@ -228,14 +207,6 @@ private slots:
             shown << field.label + '|' + (field.value.isNull() ? u"-"_s : field.value) + '|'
                          + field.note;
         QCOMPARE(shown.join('\n'), fields);
-        // The errors block is no page line; every field has one of its own.
-        QStringList onFields;
-        for (const auto& [index, line] : rendered.lines()) {
-            QVERIFY(!line.contains(u"error"_s));
-            if (index >= 0)
-                onFields << rendered.fields.at(index).label;
-        }
-        QCOMPARE(onFields.size(), rendered.fields.size());
     }
 
     // Changes are told by field, other lines by themselves; the time and the order are no change.
@@ -272,30 +243,9 @@ private slots:
             expected);
     }
 
-    // Every spelling of a value gets the value's placeholder, numbered in the report's order.
-    void redaction_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("MAC addresses")
-            << u"02-FC-00-00-00-01 02:fc:00:00:00:01 id-02-fc-00-00-00-07 00-00-00-00-00-00-00-E0"_s
-            << u"mac-1 mac-1 id-mac-2 mac-3"_s;
-        QTest::newRow("addresses")
-            << u"FD00:0:0:0:0:0:0:1234. [fd00:0000:0000:0000:0000:0000:0000:1234%lo]:80 "
-               "::ffff:203.0.113.7 10.9.8.7"_s
-            << u"ip-1. [ip-1]:80 ip-2 ip-3"_s;
-        QTest::newRow("names")
-            << u"BUILD-HOST Ann's ~HOME/Documents 0F8FAD5BD9CB469FA16570867728950E"_s
-            << u"host-1 user-1's ~/Documents uuid-1"_s;
-        QTest::newRow("no names")
-            << u"20:03:22 1.0.5 2026-11-22 :: QStandardPaths::XDG 256.1.1.1"_s
-            << u"20:03:22 1.0.5 2026-11-22 :: QStandardPaths::XDG 256.1.1.1"_s;
-    }
-
+    // Every spelling of a value gets its placeholder; look-alikes stay.
     void redaction()
     {
-        QFETCH(QString, text);
-        QFETCH(QString, expected);
         TestEnvironment home;
         const ReportDocument report = document({section(5, [](QString& page) {
             appendField(page, u"Host Name:"_s, u"Build-Host.example.org"_s);
@@ -304,7 +254,19 @@ private slots:
             page += u"<br>fd00::1234 203.0.113.7"_s;
         })});
         ReportRedactor redactor(report);
-        QCOMPARE(redactor.redact(text.replace(u"~HOME"_s, home.home())), expected);
+        for (const auto& [text, expected] :
+             {std::pair{u"02-FC-00-00-00-01 02:fc:00:00:00:01 id-02-fc-00-00-00-07 "
+                        "00-00-00-00-00-00-00-E0"_s,
+                        u"mac-1 mac-1 id-mac-2 mac-3"_s},
+              {u"FD00:0:0:0:0:0:0:1234. [fd00:0000:0000:0000:0000:0000:0000:1234%lo]:80 "
+               "::ffff:203.0.113.7 10.9.8.7"_s,
+               u"ip-1. [ip-1]:80 ip-2 ip-3"_s},
+              {u"BUILD-HOST Ann's "_s + home.home()
+                   + u"/Documents 0F8FAD5BD9CB469FA16570867728950E"_s,
+               u"host-1 user-1's ~/Documents uuid-1"_s},
+              {u"20:03:22 1.0.5 2026-11-22 :: QStandardPaths::XDG 256.1.1.1"_s,
+               u"20:03:22 1.0.5 2026-11-22 :: QStandardPaths::XDG 256.1.1.1"_s}})
+            QCOMPARE(redactor.redact(text), expected);
         const ReportDocument redacted = redactor.redact(report);
         QCOMPARE(redacted.sections[0].fields[0].value, u"host-1"_s);
         QVERIFY(redacted.sections[0].text.endsWith(u"\nip-1 ip-2"_s));

@@ -8,7 +8,6 @@
 
 using namespace Qt::StringLiterals;
 
-// File handles and streams, and the byte counts texts show.
 class tst_Io : public QObject
 {
     Q_OBJECT
@@ -90,8 +89,7 @@ private slots:
         QCOMPARE(fileBytes(file), QByteArray("0123456789"));
     }
 
-    // A text ends at its first zero byte unless its length is known; bytes are decoded across
-    // chunks.
+    // A text ends at its first zero byte unless its length is known.
     void readText_data()
     {
         QTest::addColumn<qint64>("length");
