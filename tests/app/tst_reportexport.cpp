@@ -6,7 +6,6 @@
 #include "ReportRedactor.h"
 #include "TestEnvironment.h"
 
-#include <QLabel>
 #include <QRegularExpression>
 #include <QTest>
 #include <QUrlQuery>
@@ -20,7 +19,6 @@ namespace {
 using Render = std::function<void(QString&)>;
 using Sections = QList<ReportDocument::Section>;
 
-// A section as a collector renders it: straight into its text, with the fragment helpers.
 ReportDocument::Section section(int kind, const Render& render, const QStringList& errors = {})
 {
     RecordingData data(kind);
@@ -74,14 +72,12 @@ QImage filled(int width, int height, const QColor& colour)
 
 } // namespace
 
-// The report: the page fragments it is built from, its text, folder and picture, the e-mail
-// hand-off, and the report as data: its fields, the differences and the redaction.
+// The report: its fragments, text, folder, picture, e-mail and the report as data.
 class tst_ReportExport : public QObject
 {
     Q_OBJECT
 
 private slots:
-    // Every helper that builds text, called with its arguments, against the text it must give.
     void fragments_data()
     {
         QTest::addColumn<QString>("html");
@@ -107,22 +103,6 @@ private slots:
             << field("Path:", QString(), "missing") << "before|Path:                - missing";
         QTest::newRow("field long label is not cut")
             << field("A label of more than twenty:", 1) << "before|A label of more than twenty:1";
-        QTest::newRow("remove")
-            << removeLink("deletePath/tmp/x")
-            << "<a href='#deletePath/tmp/x' style=\"color: #bb0000\";>Remove</a>";
-        // Blanks and letters stay as they are; markup and quotes are encoded in the href and
-        // escaped in the text.
-        QTest::newRow("file") << fileLink("/home/Zoë o'brien/a&b<c>\"d\"")
-                              << "<a href='file:///home/Zoë o%27brien/a%26b%3Cc%3E%22d%22' >"
-                                 "/home/Zoë o'brien/a&amp;b&lt;c&gt;&quot;d&quot;</a>";
-        // The plain report: tags and action links gone, other links keep their words.
-        QTest::newRow("plain") << htmlToPlainText("a<br>b " + removeLink("deletePath/x")
-                                                  + " Temp: " + actionLink("Clear", "clearTemp")
-                                                  + actionLink("Check", "check"))
-                               << "a\nb  Temp: Check";
-        QTest::newRow("plain: upper-case break is a tag") << htmlToPlainText(u"a<BR>b"_s) << "ab";
-        QTest::newRow("plain: action words kept outside links")
-            << htmlToPlainText(u"Remove<br>Clear"_s) << "Remove\nClear";
     }
 
     void fragments()
@@ -131,7 +111,7 @@ private slots:
         QTEST(html, "expected");
     }
 
-    // The text with the start time, taken once and kept; a folder per second of the time given.
+    // The start time is taken once; a folder per second of the time given.
     void textAndFolder()
     {
         const QDateTime start = reportStartTime();
@@ -155,15 +135,18 @@ private slots:
         findSupportData(*table, 0)->text()->append(u"<br>later"_s);
         QCOMPARE(saveReportTo(*table, parent, first.addMSecs(800)), folder);
         QCOMPARE(QString::fromUtf8(fileBytes(folder + "/report.txt")), reportText(*table));
-        // A second later: a folder of its own.
         QCOMPARE(saveReportTo(*table, parent, first.addSecs(1)),
                  parent + "/Corvanta Support Report 2024-03-20T151208Z");
         // Local times are named by their UTC time.
         QCOMPARE(reportFolderName(first.toOffsetFromUtc(3600)),
                  u"Corvanta Support Report 2024-03-20T151207Z"_s);
+
+        // The parent is a plain file, so nothing can be created below it, even by root.
+        QVERIFY(putFile(home.path(u"file"_s), "x"));
+        QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^Failed to open writable text file"));
+        QVERIFY(!QFile::exists(saveReportTo(*table, home.path(u"file"_s)) + "/report.txt"));
     }
 
-    // Read back from the encoded URL, as the mail program gets it.
     void emailCarriesTheReportWhole()
     {
         const QString report = u"/home/a&b/#1\nbody=x&subject=y\n1+1 %41 100%\nGrüße\r\nΩ"_s;
@@ -176,19 +159,15 @@ private slots:
         QCOMPARE(query.queryItemValue(u"body"_s, QUrl::FullyDecoded), report);
     }
 
-    // The collectors' pictures stacked in kind order, the widest setting the width, transparent
-    // beside narrower ones; without any there is no picture.
+    // Stacked in kind order, transparent beside narrower pictures; without any there is none.
     void pictureIsTheStackOfImages()
     {
         TestEnvironment home;
         const SupportDataTable table = RecordingData::table({0, 1, 2});
         const QString none = saveReportTo(*table, home.path(u"none"_s));
         QVERIFY(QFile::exists(none + "/report.txt") && !QFile::exists(none + "/report.png"));
-        QLabel label(u"sample"_s);
-        label.setStyleSheet(u"background: #00ff00"_s);
-        label.resize(120, 40);
         RecordingData::in(table, 0)->fakeImage = filled(30, 20, Qt::red);
-        RecordingData::in(table, 1)->fakeImage = renderWidget(&label);
+        RecordingData::in(table, 1)->fakeImage = filled(120, 40, Qt::green);
         RecordingData::in(table, 2)->fakeImage = filled(50, 10, Qt::blue);
         const QImage saved(saveReportTo(*table, home.path(u"three"_s)) + "/report.png");
         QCOMPARE(saved.size(), QSize(120, 70));
@@ -199,18 +178,7 @@ private slots:
         QCOMPARE(saved.pixelColor(50, 69).alpha(), 0);
     }
 
-    void unwritableFolderIsSurvived()
-    {
-        TestEnvironment home;
-        // The parent is a plain file, so nothing can be created below it, even by root.
-        QVERIFY(putFile(home.path(u"file"_s), "x"));
-        QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^Failed to open writable text file"));
-        const QString folder = saveReportTo(*makeTable(), home.path(u"file"_s));
-        QVERIFY(!QFile::exists(folder + "/report.txt"));
-    }
-
-    // The fields are what the helpers last laid out on the collector's own text, as plain text,
-    // each on its line; text written over them leaves them out.
+    // The fields the helpers last laid out; text written over them leaves them out.
     void fields_data()
     {
         QTest::addColumn<Render>("render");
@@ -239,14 +207,6 @@ private slots:
             shown << field.label + '|' + (field.value.isNull() ? u"-"_s : field.value) + '|'
                          + field.note;
         QCOMPARE(shown.join('\n'), fields);
-        // The errors block is no page line; every field has one of its own.
-        QStringList onFields;
-        for (const auto& [index, line] : rendered.lines()) {
-            QVERIFY(!line.contains(u"error"_s));
-            if (index >= 0)
-                onFields << rendered.fields.at(index).label;
-        }
-        QCOMPARE(onFields.size(), rendered.fields.size());
     }
 
     // Changes are told by field, other lines by themselves; the time and the order are no change.
@@ -283,30 +243,9 @@ private slots:
             expected);
     }
 
-    // Every spelling of a value gets the value's placeholder, numbered in the report's order.
-    void redaction_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("MAC addresses")
-            << u"02-FC-00-00-00-01 02:fc:00:00:00:01 id-02-fc-00-00-00-07 00-00-00-00-00-00-00-E0"_s
-            << u"mac-1 mac-1 id-mac-2 mac-3"_s;
-        QTest::newRow("addresses")
-            << u"FD00:0:0:0:0:0:0:1234. [fd00:0000:0000:0000:0000:0000:0000:1234%lo]:80 "
-               "::ffff:203.0.113.7 10.9.8.7"_s
-            << u"ip-1. [ip-1]:80 ip-2 ip-3"_s;
-        QTest::newRow("names")
-            << u"BUILD-HOST Ann's ~HOME/Documents 0F8FAD5BD9CB469FA16570867728950E"_s
-            << u"host-1 user-1's ~/Documents uuid-1"_s;
-        QTest::newRow("no names")
-            << u"20:03:22 1.0.5 2026-11-22 :: QStandardPaths::XDG 256.1.1.1"_s
-            << u"20:03:22 1.0.5 2026-11-22 :: QStandardPaths::XDG 256.1.1.1"_s;
-    }
-
+    // Every spelling of a value gets its placeholder; look-alikes stay.
     void redaction()
     {
-        QFETCH(QString, text);
-        QFETCH(QString, expected);
         TestEnvironment home;
         const ReportDocument report = document({section(5, [](QString& page) {
             appendField(page, u"Host Name:"_s, u"Build-Host.example.org"_s);
@@ -315,7 +254,19 @@ private slots:
             page += u"<br>fd00::1234 203.0.113.7"_s;
         })});
         ReportRedactor redactor(report);
-        QCOMPARE(redactor.redact(text.replace(u"~HOME"_s, home.home())), expected);
+        for (const auto& [text, expected] :
+             {std::pair{u"02-FC-00-00-00-01 02:fc:00:00:00:01 id-02-fc-00-00-00-07 "
+                        "00-00-00-00-00-00-00-E0"_s,
+                        u"mac-1 mac-1 id-mac-2 mac-3"_s},
+              {u"FD00:0:0:0:0:0:0:1234. [fd00:0000:0000:0000:0000:0000:0000:1234%lo]:80 "
+               "::ffff:203.0.113.7 10.9.8.7"_s,
+               u"ip-1. [ip-1]:80 ip-2 ip-3"_s},
+              {u"BUILD-HOST Ann's "_s + home.home()
+                   + u"/Documents 0F8FAD5BD9CB469FA16570867728950E"_s,
+               u"host-1 user-1's ~/Documents uuid-1"_s},
+              {u"20:03:22 1.0.5 2026-11-22 :: QStandardPaths::XDG 256.1.1.1"_s,
+               u"20:03:22 1.0.5 2026-11-22 :: QStandardPaths::XDG 256.1.1.1"_s}})
+            QCOMPARE(redactor.redact(text), expected);
         const ReportDocument redacted = redactor.redact(report);
         QCOMPARE(redacted.sections[0].fields[0].value, u"host-1"_s);
         QVERIFY(redacted.sections[0].text.endsWith(u"\nip-1 ip-2"_s));

@@ -7,7 +7,6 @@
 #include <QDBusConnection>
 #include <QDesktopServices>
 #include <QLabel>
-#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTest>
 #include <QVBoxLayout>
@@ -37,11 +36,6 @@ public:
     int refreshes = 0;
 };
 
-SupportTab* recordingTab(SupportData* collector)
-{
-    return new RecordingTab(collector);
-}
-
 // Loads the tabs and names them in order, "!" marking a tab with the error icon.
 QString loadedNames(SupportTabs& tabs)
 {
@@ -55,8 +49,7 @@ QString loadedNames(SupportTabs& tabs)
     return result.join(',');
 }
 
-// Stands in for the desktop's file manager on the test's private session bus, and records what
-// the reveal falls back to opening when no file manager answers.
+// The desktop's file manager on the private session bus, and the fallback's opener.
 class FileManager : public QObject
 {
     Q_OBJECT
@@ -90,7 +83,8 @@ private slots:
     void tabOrder()
     {
         const SupportDataTable table = RecordingData::table({0, 1, 3, 4, 5});
-        SupportTabs tabs(table, recordingTab);
+        SupportTabs tabs(table,
+                         [](SupportData* data) -> SupportTab* { return new RecordingTab(data); });
         QCOMPARE(loadedNames(tabs), u"Display,Fonts,Permissions,Corvanta,System"_s);
         QWidget* firstPage = tabs.widget(0);
         RecordingData::in(table, 5)->fakeErrors << u"x"_s;
@@ -100,48 +94,28 @@ private slots:
         QCOMPARE(static_cast<RecordingTab*>(firstPage)->refreshes, 2);
     }
 
-    // Plain links are revealed, by the file manager when the session bus has one, else by opening
-    // their folder; the collector never sees them.
-    void links_data()
-    {
-        QTest::addColumn<QString>("link");
-        QTest::addColumn<bool>("fileManager");
-        QTest::addColumn<QStringList>("revealed");
-        QTest::newRow("file manager")
-            << "file:///tmp/o%27brien/My Files/report.txt" << true
-            << QStringList{"shown file:///tmp/o'brien/My%20Files/report.txt"};
-        QTest::newRow("no file manager") << "/var/tmp/some folder/file.txt" << false
-                                         << QStringList{"opened file:///var/tmp/some folder"};
-    }
-
+    // Plain links are revealed, without a file manager by opening their folder; the collector
+    // never sees them.
     void links()
     {
-        QFETCH(QString, link);
-        QFETCH(bool, fileManager);
-        QFETCH(QStringList, revealed);
-        const QString service = u"org.freedesktop.FileManager1"_s;
         QDBusConnection bus = QDBusConnection::sessionBus();
         QVERIFY2(bus.isConnected(), "runs on a private session bus (dbus-run-session)");
         FileManager manager;
-        const auto unregister = qScopeGuard([&] {
-            bus.unregisterService(service);
-            bus.unregisterObject(u"/org/freedesktop/FileManager1"_s);
-        });
-        if (fileManager) {
-            QVERIFY(bus.registerObject(u"/org/freedesktop/FileManager1"_s, &manager,
-                                       QDBusConnection::ExportScriptableSlots));
-            QVERIFY(bus.registerService(service));
-        }
         RecordingTab tab(&m_data);
-        tab.onLinkActivated(link);
+        tab.onLinkActivated(u"/var/tmp/some folder/file.txt"_s);
+        QTRY_COMPARE(manager.seen, QStringList{u"opened file:///var/tmp/some folder"_s});
+        QVERIFY(bus.registerObject(u"/org/freedesktop/FileManager1"_s, &manager,
+                                   QDBusConnection::ExportScriptableSlots));
+        QVERIFY(bus.registerService(u"org.freedesktop.FileManager1"_s));
+        tab.onLinkActivated(u"file:///tmp/o%27brien/My Files/report.txt"_s);
         QTest::qWait(100);
-        QTRY_COMPARE(manager.seen, revealed);
+        QTRY_COMPARE(manager.seen.mid(1),
+                     QStringList{u"shown file:///tmp/o'brien/My%20Files/report.txt"_s});
         QVERIFY(m_data.links.isEmpty());
         QCOMPARE(tab.refreshes, 0);
     }
 
-    // Through the real label: rendered as rich text, then activated from the keyboard. Action links
-    // go to the collector, and the page is refreshed after it acted.
+    // Through the real label, from the keyboard: the collector acts, then the page refreshes.
     void hostileLinkSurvivesTheLabel()
     {
         const QString path = u"/home/o'brien/say \"hi\" a&b<c>d/&amp;/100%/%41%2F/two\nlines"_s;
@@ -158,8 +132,6 @@ private slots:
         QTest::keyClick(tab.label, Qt::Key_Return);
         QCOMPARE(m_data.links, QStringList{"deletePath" + path});
         QCOMPARE(tab.refreshes, 2);
-        // The plain report shows the path as it is, without the action word.
-        QCOMPARE(htmlToPlainText(m_data.fakeText), " Path: " + path);
     }
 };
 

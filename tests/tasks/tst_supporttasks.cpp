@@ -50,8 +50,7 @@ void clickCancel()
 
 QStringList journal; // what the step tasks did, in order
 
-// Journals each step until the manager's flag is set and reports "name:steps run;". The hook runs
-// after every step with the step's number.
+// Journals each step until cancelled; the hook runs after every step.
 class StepTask : public SupportTask
 {
 public:
@@ -84,8 +83,7 @@ private:
     int m_done = 0;
 };
 
-// One line per operation: its name, its number of timings (its statistics when it has none) and
-// its error lines joined with "|".
+// Per operation: its name, its number of timings (else its statistics) and its errors.
 QStringList summary(const QString& report)
 {
     static const QRegularExpression block(
@@ -103,7 +101,6 @@ QStringList summary(const QString& report)
 
 } // namespace
 
-// Work behind the modal progress dialog: the loading pass over the collectors and the task batches.
 class tst_SupportTasks : public QObject
 {
     Q_OBJECT
@@ -113,8 +110,8 @@ class tst_SupportTasks : public QObject
 private slots:
     void init() { journal.clear(); }
 
-    // An empty batch or table ends within start() itself; a vanished table is ignored. None brings
-    // up its dialog, not even by the dialog's own show timer, which runs for four seconds.
+    // An empty batch or table ends within start(), a vanished table is ignored; none brings up
+    // its dialog, not even by its four-second show timer.
     void nothingToDo()
     {
         SupportTaskManager manager;
@@ -140,9 +137,8 @@ private slots:
             QVERIFY(!dialog->isVisible());
     }
 
-    // Each collector loads on one worker thread, ascending by kind, never overlapping; those that
-    // need it run their main-thread step on the GUI thread just before. The modal dialog names
-    // each collector in turn, shown on the first event loop turn, so from the second one on.
+    // One worker thread, ascending by kind; main-thread steps on the GUI thread just before.
+    // The dialog shows from the first event loop turn, so from the second collector on.
     void loadOrderAndThreads()
     {
         RecordingData::Journal journal;
@@ -164,11 +160,8 @@ private slots:
         QCOMPARE(journal.snapshot(),
                  (QStringList{"begin:0", "end:0", "main:1", "begin:1", "end:1", "begin:3", "end:3",
                               "main:4", "begin:4", "end:4", "begin:5", "end:5"}));
-        QCOMPARE(journal.loadThreads.size(), 5);
-        for (QThread* thread : std::as_const(journal.loadThreads)) {
-            QVERIFY(thread != QThread::currentThread());
-            QCOMPARE(thread, journal.loadThreads.first());
-        }
+        QCOMPARE(journal.loadThreads, QList<QThread*>(5, journal.loadThreads.value(0)));
+        QVERIFY(journal.loadThreads.first() != QThread::currentThread());
         QCOMPARE(journal.mainThreadStepThreads, QList<QThread*>(2, QThread::currentThread()));
         QCOMPARE(seen.mid(1),
                  (QStringList{"Loading Fonts data... 1 1", "Loading Permissions data... 2 1",
@@ -181,10 +174,8 @@ private slots:
         QCOMPARE(finished.count(), 1);
     }
 
-    // Neither Esc nor a close request, as a window manager sends it, ends the loading dialog, the
-    // program's only window then, before the pass does. Quitting takes the loader down with the
-    // window, here while a collector is busy for longer than 10 s; the program must end without
-    // aborting.
+    // Neither Esc nor a window manager's close ends the loading dialog. Quitting while a
+    // collector is busy for over 10 s must end without aborting.
     void loadingDialogStaysUntilTheEnd()
     {
         RecordingData::Journal journal;
@@ -219,9 +210,8 @@ private slots:
         QVERIFY(!progressDialog());
     }
 
-    // Batches run their tasks in order and add to one report. A start from inside a running task
-    // only queues. The first cancel click arrives through the modal dialog's event processing;
-    // tasks still queued after a cancel wait for the next start, or die with the manager.
+    // A start from inside a running task only queues; tasks queued after a cancel wait for the
+    // next start, or die with the manager.
     void batches()
     {
         {
@@ -272,8 +262,7 @@ private slots:
         QTest::newRow("read-only folder") << true << QString() << readOnly;
     }
 
-    // The benchmark through a real manager; the ticker sees the dialog whenever the batch lets
-    // events through, which is at every progress step.
+    // The ticker sees the dialog at every progress step.
     void benchmark()
     {
         QFETCH(bool, readOnly);
