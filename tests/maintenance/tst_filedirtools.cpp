@@ -9,15 +9,11 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <QSet>
 #include <QStorageInfo>
 #include <QTest>
 
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <mutex>
-#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -62,65 +58,6 @@ private slots:
         QVERIFY(QFileInfo(folder).isDir());
         QCOMPARE(QFileInfo(a).absolutePath(), folder);
         QVERIFY(!QFileInfo::exists(a));
-
-        // Holders on several threads at once never share a name.
-        std::mutex mutex;
-        QSet<QString> names;
-        std::vector<std::thread> threads(8);
-        for (std::thread& thread : threads) {
-            thread = std::thread([&] {
-                for (int i = 0; i < 200; ++i) {
-                    const QString name = TempFileName().uniqueTempFileName();
-                    const std::lock_guard lock(mutex);
-                    names.insert(name);
-                }
-            });
-        }
-        for (std::thread& thread : threads)
-            thread.join();
-        QCOMPARE(names.size(), 8 * 200);
-    }
-
-    void permissionsText_data()
-    {
-        QTest::addColumn<int>("mode"); // a folder when above 07777
-        QTest::addColumn<bool>("compact");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("directory") << 040750 << true << "drwxr-x---";
-        QTest::newRow("long") << 0640 << false
-                              << "ReadOwner=1 WriteOwner=1 ExeOwner=0 ReadUser=1 WriteUser=1 "
-                                 "ExeUser=0 ReadGroup=1 WriteGroup=0 ExeGroup=0 ReadOther=0 "
-                                 "WriteOther=0 ExeOther=0";
-    }
-
-    void permissionsText()
-    {
-        QFETCH(int, mode);
-        QFETCH(bool, compact);
-        const QString file = path(u"permissions "_s + QTest::currentDataTag());
-        QVERIFY(mode > 07777 ? QDir().mkpath(file) : putFile(file, "x"));
-        QCOMPARE(::chmod(QFile::encodeName(file).constData(), mode_t(mode & 07777)), 0);
-        QTEST(::permissionsText(file, compact), "expected");
-    }
-
-    // Checked with the trash-cli tools, which read the trash as the desktop does.
-    void trashIsListedAndRestorable()
-    {
-        TestEnvironment home;
-        QVERIFY(!QFileInfo::exists(home.path(u".local/share"_s)));
-        const QString cwd = home.path(u"cwd"_s), folder = home.path(u"folder with spaces"_s);
-        const QString file = folder + '/' + oddName;
-        const QByteArray content("binary \0\xff\xfe content\n", 20);
-        QVERIFY(QDir().mkpath(cwd) && putFile(file, content));
-        const QString savedCwd = QDir::currentPath();
-        QDir::setCurrent(cwd);
-        const bool trashed = moveToRecycleBin(file);
-        QDir::setCurrent(savedCwd);
-        QVERIFY(trashed && !QFileInfo::exists(file) && QDir(cwd).isEmpty());
-        const QString listed = trashList();
-        QVERIFY2(listed.contains(' ' + file + '\n'), qPrintable(listed));
-        QVERIFY(trashRestore(folder));
-        QCOMPARE(fileBytes(file), content);
     }
 
     void trashFailsInReadOnlyFolder()
@@ -244,30 +181,23 @@ private slots:
         QVERIFY(!QFileInfo::exists(source));
         QCOMPARE(fileBytes(destination), QByteArray("new"));
 
-        // A missing source fails at once; a folder as destination after every try.
+        // A missing source fails at once, without retries.
         MessageLog log;
         QVERIFY(!::moveFile(source, destination, &error));
         QVERIFY(log.messages().isEmpty());
-        QVERIFY(QDir().mkpath(path(u"occupied/inside"_s)));
-        QVERIFY(!::moveFile(destination, path(u"occupied"_s), &error));
-        QCOMPARE(error, u"Could not rename file."_s);
-        const QString line = u"Failed to MoveFileEx \"%1\" to \"%2\""_s;
-        QCOMPARE(log.messages().count(line.arg(destination, path(u"occupied"_s))), 20);
-        QCOMPARE(fileBytes(destination), QByteArray("new"));
 
         // Another file system: copied at once, without retries; the source goes only after a
         // whole copy, and a read error cuts the copy short.
         const QString elsewhere = u"/dev/shm/corvanta-move-%1.txt"_s.arg(::getpid());
         QVERIFY2(QStorageInfo(path({})).rootPath() != QStorageInfo(u"/dev/shm"_s).rootPath(),
                  "the test needs /dev/shm on a file system of its own");
-        const qsizetype logged = log.messages().size();
         error.clear();
         QVERIFY(::moveFile(destination, elsewhere, &error));
         const QByteArray moved = fileBytes(elsewhere);
         QFile::remove(elsewhere);
         QCOMPARE(moved, QByteArray("new"));
         QVERIFY(!QFileInfo::exists(destination) && error.isEmpty());
-        QCOMPARE(log.messages().size(), logged);
+        QVERIFY(log.messages().isEmpty());
         QVERIFY(!::moveFile(u"/proc/self/mem"_s, path(u"memory.bin"_s), &error));
         QCOMPARE(error, u"Could not rename file."_s);
     }
