@@ -8,7 +8,6 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QStorageInfo>
 #include <QTest>
 
@@ -21,19 +20,6 @@ namespace {
 
 const QString oddName = u"it's a \"quoted\" Grüße Ωmega.txt"_s;
 const QDateTime oldTime(QDate(2001, 2, 3), QTime(4, 5, 6), Qt::UTC);
-
-QString openReason(const QString& path, bool stream, bool writing)
-{
-    QString reason;
-    if (stream) {
-        if (FILE* file = fopenChecked(path, writing ? "wb" : "rb", &reason))
-            std::fclose(file);
-    } else if (const int fd = openChecked(path, writing ? OpenWriteOnly : OpenReadOnly, &reason);
-               fd >= 0) {
-        closeDescriptor(fd);
-    }
-    return reason;
-}
 
 } // namespace
 
@@ -60,6 +46,21 @@ private slots:
         QVERIFY(!QFileInfo::exists(a));
     }
 
+    // Without ~/.local/share, Qt would put the item into "files" under the current directory.
+    void trashWithoutADataFolder()
+    {
+        TestEnvironment home;
+        const QString cwd = home.path(u"cwd"_s), file = home.path(oddName);
+        QVERIFY(QDir().mkpath(cwd) && putFile(file, "x"));
+        QVERIFY(!QFileInfo::exists(home.path(u".local/share"_s)));
+        const QString savedCwd = QDir::currentPath();
+        QDir::setCurrent(cwd);
+        const bool trashed = moveToRecycleBin(file);
+        QDir::setCurrent(savedCwd);
+        QVERIFY(trashed && QDir(cwd).isEmpty());
+        QVERIFY(trashList().contains(' ' + file + '\n'));
+    }
+
     void trashFailsInReadOnlyFolder()
     {
         RUN_AS_NOBODY_WHEN_ROOT();
@@ -74,13 +75,8 @@ private slots:
         QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         QCOMPARE(failed, QStringList{file});
         QCOMPARE(fileBytes(file), QByteArray("kept"));
-        const QRegularExpression line(
-            u"^Failed to put into Recycle Bin: %1 \\(status=\\d+\\)$"_s.arg(
-                QRegularExpression::escape(file)));
-        const QStringList lines = log.messages().filter(u"Recycle Bin"_s);
-        QCOMPARE(lines.size(), 10);
-        for (const QString& message : lines)
-            QVERIFY2(line.match(message).hasMatch(), qPrintable(message));
+        const QString line = u"Failed to put into Recycle Bin: %1 (status=10)"_s.arg(file);
+        QCOMPARE(log.messages().filter(u"Recycle Bin"_s), QStringList(10, line));
     }
 
     void copyFile_data()
@@ -132,11 +128,6 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("logged"); // the log line that tells why
         QVERIFY(putFile(path(u"existing.txt"_s), "x") && QDir().mkpath(path(u"a folder"_s)));
-        QTest::newRow("missing source")
-            << path(u"missing.txt"_s) << path(u"out.txt"_s) << QByteArray()
-            << u"Could not open input file."_s
-            << u"Failed to open \"%1\" as read only because it does not exist."_s.arg(
-                   path(u"missing.txt"_s));
         // Checked before the destination is opened: an existing one keeps its content.
         QTest::newRow("folder as source")
             << path(u"a folder"_s) << path(u"kept.txt"_s) << QByteArray("kept")
@@ -224,8 +215,6 @@ private slots:
         QTest::addColumn<bool>("stream");
         QTest::addColumn<bool>("writing");
         QTest::addColumn<QString>("reason");
-        const QString missing = path(u"absent "_s + oddName);
-        const QString guarded = path(oddName);
         const auto row = [](const char* name, const QString& file, int mode, bool writing,
                             const char* reason) {
             for (const QString kind : {"open", "fopen"}) {
@@ -234,12 +223,13 @@ private slots:
                     << u"Failed to %1 \"%2\""_s.arg(kind, file) + reason;
             }
         };
-        row("missing", missing, 0, false, " as read only because it does not exist.");
+        row("missing", path(u"absent "_s + oddName), 0, false,
+            " as read only because it does not exist.");
         // "%1" in a path must not take the values meant for the message.
         row("errno, %1 in the path", path(u"x%1y/file.txt"_s), 0, true,
             ". No such file or directory (errno=2)");
-        row("unreadable", guarded, 0200, true, " because it is not readable.");
-        row("read only", guarded, 0400, true, " as writable because it is read only.");
+        row("unreadable", path(oddName), 0200, true, " because it is not readable.");
+        row("read only", path(oddName), 0400, true, " as writable because it is read only.");
         QDir().mkpath(path(u"a folder"_s));
         QTest::newRow("open directory")
             << path(u"a folder"_s) << 0 << false << false
@@ -259,7 +249,16 @@ private slots:
             QCOMPARE(::chmod(QFile::encodeName(file).constData(), mode_t(mode)), 0);
         }
         MessageLog log;
-        QCOMPARE(openReason(file, stream, writing), reason);
+        QString refusal;
+        if (stream) {
+            if (FILE* opened = fopenChecked(file, writing ? "wb" : "rb", &refusal))
+                std::fclose(opened);
+        } else if (const int fd =
+                       ::openChecked(file, writing ? OpenWriteOnly : OpenReadOnly, &refusal);
+                   fd >= 0) {
+            closeDescriptor(fd);
+        }
+        QCOMPARE(refusal, reason);
         QCOMPARE(log.messages(), QStringList{reason});
         QFile::remove(file);
     }
