@@ -4,10 +4,10 @@
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDBusVariant>
 #include <QFileInfo>
+#include <QProcess>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -134,14 +134,10 @@ private slots:
         ProductHome home;
         QVERIFY(home.isValid() && home.prepare());
         // The accessibility bus is started on demand by this session's bus: in this home too.
-        using Environment = QMap<QString, QString>;
-        qDBusRegisterMetaType<Environment>();
-        QDBusMessage update = QDBusMessage::createMethodCall(
-            u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s,
-            u"UpdateActivationEnvironment"_s);
-        update << QVariant::fromValue(Environment{{u"HOME"_s, home.path(QString())},
-                                                  {u"XDG_RUNTIME_DIR"_s, home.path(u"runtime"_s)}});
-        QCOMPARE(QDBusConnection::sessionBus().call(update).type(), QDBusMessage::ReplyMessage);
+        QCOMPARE(QProcess::execute(u"dbus-update-activation-environment"_s,
+                                   {"HOME=" + home.path(QString()),
+                                    "XDG_RUNTIME_DIR=" + home.path(u"runtime"_s)}),
+                 0);
         qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
         XvfbServer x;
         QVERIFY2(x.isRunning(), "Xvfb did not start");
@@ -166,31 +162,28 @@ private slots:
             }
             return program.find(u"label"_s, u"Application Data:"_s).name + '|' + enabled;
         };
-        const auto waitFor = [](const std::function<bool()>& done) {
-            return QTest::qWaitFor(done, 20000);
-        };
         const QString before = page();
         QVERIFY2(before.contains(u"(User):\n.cvd      Remove\n"_s)
                      && before.endsWith(u"|Remove A Repair P Remove P Remove A "_s),
                  qPrintable(before));
 
         QVERIFY(click(u"push button"_s, u"Remove All Associations"_s));
-        QVERIFY(waitFor(
-            [&] { return fileBytes(home.userMimeapps()) == ProductHome::mimeappsWithoutProduct; }));
-        QVERIFY(
-            waitFor([&] { return page().endsWith(u"(User):\n\n|Repair P Remove P Remove A "_s); }));
+        QTRY_VERIFY_WITH_TIMEOUT(
+            fileBytes(home.userMimeapps()) == ProductHome::mimeappsWithoutProduct, 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(page().endsWith(u"(User):\n\n|Repair P Remove P Remove A "_s),
+                                 20000);
 
         QVERIFY(click(u"push button"_s, u"Repair Preferences"_s));
-        QVERIFY(waitFor(
-            [&] { return fileBytes(home.preferences()) == ProductHome::repairedPreferences; }));
+        QTRY_VERIFY_WITH_TIMEOUT(fileBytes(home.preferences()) == ProductHome::repairedPreferences,
+                                 20000);
 
         QVERIFY(click(u"push button"_s, u"Remove Preferences"_s));
-        QVERIFY(waitFor([&] { return page().endsWith(u"|Repair P Remove A "_s); }));
+        QTRY_VERIFY_WITH_TIMEOUT(page().endsWith(u"|Repair P Remove A "_s), 20000);
         QVERIFY(!QFileInfo::exists(home.preferences()));
         QVERIFY(trashList().contains(' ' + home.preferences() + '\n'));
 
         QVERIFY(click(u"push button"_s, u"Remove All Application Data"_s));
-        QVERIFY(waitFor([&] { return page().endsWith(u"|Repair P "_s); }));
+        QTRY_VERIFY_WITH_TIMEOUT(page().endsWith(u"|Repair P "_s), 20000);
         QVERIFY(page().contains("\nApplication Data:   " + home.dataFolder()
                                 + " - Does Not Exist Remove\n"));
         const QString listed = trashList();

@@ -8,16 +8,11 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
-#include <QRegularExpression>
-#include <QSet>
 #include <QStorageInfo>
 #include <QTest>
 
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <mutex>
-#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -25,19 +20,6 @@ namespace {
 
 const QString oddName = u"it's a \"quoted\" Grüße Ωmega.txt"_s;
 const QDateTime oldTime(QDate(2001, 2, 3), QTime(4, 5, 6), Qt::UTC);
-
-QString openReason(const QString& path, bool stream, bool writing)
-{
-    QString reason;
-    if (stream) {
-        if (FILE* file = fopenChecked(path, writing ? "wb" : "rb", &reason))
-            std::fclose(file);
-    } else if (const int fd = openChecked(path, writing ? OpenWriteOnly : OpenReadOnly, &reason);
-               fd >= 0) {
-        closeDescriptor(fd);
-    }
-    return reason;
-}
 
 } // namespace
 
@@ -62,65 +44,21 @@ private slots:
         QVERIFY(QFileInfo(folder).isDir());
         QCOMPARE(QFileInfo(a).absolutePath(), folder);
         QVERIFY(!QFileInfo::exists(a));
-
-        // Holders on several threads at once never share a name.
-        std::mutex mutex;
-        QSet<QString> names;
-        std::vector<std::thread> threads(8);
-        for (std::thread& thread : threads) {
-            thread = std::thread([&] {
-                for (int i = 0; i < 200; ++i) {
-                    const QString name = TempFileName().uniqueTempFileName();
-                    const std::lock_guard lock(mutex);
-                    names.insert(name);
-                }
-            });
-        }
-        for (std::thread& thread : threads)
-            thread.join();
-        QCOMPARE(names.size(), 8 * 200);
     }
 
-    void permissionsText_data()
-    {
-        QTest::addColumn<int>("mode"); // a folder when above 07777
-        QTest::addColumn<bool>("compact");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("directory") << 040750 << true << "drwxr-x---";
-        QTest::newRow("long") << 0640 << false
-                              << "ReadOwner=1 WriteOwner=1 ExeOwner=0 ReadUser=1 WriteUser=1 "
-                                 "ExeUser=0 ReadGroup=1 WriteGroup=0 ExeGroup=0 ReadOther=0 "
-                                 "WriteOther=0 ExeOther=0";
-    }
-
-    void permissionsText()
-    {
-        QFETCH(int, mode);
-        QFETCH(bool, compact);
-        const QString file = path(u"permissions "_s + QTest::currentDataTag());
-        QVERIFY(mode > 07777 ? QDir().mkpath(file) : putFile(file, "x"));
-        QCOMPARE(::chmod(QFile::encodeName(file).constData(), mode_t(mode & 07777)), 0);
-        QTEST(::permissionsText(file, compact), "expected");
-    }
-
-    // Checked with the trash-cli tools, which read the trash as the desktop does.
-    void trashIsListedAndRestorable()
+    // Without ~/.local/share, Qt would put the item into "files" under the current directory.
+    void trashWithoutADataFolder()
     {
         TestEnvironment home;
+        const QString cwd = home.path(u"cwd"_s), file = home.path(oddName);
+        QVERIFY(QDir().mkpath(cwd) && putFile(file, "x"));
         QVERIFY(!QFileInfo::exists(home.path(u".local/share"_s)));
-        const QString cwd = home.path(u"cwd"_s), folder = home.path(u"folder with spaces"_s);
-        const QString file = folder + '/' + oddName;
-        const QByteArray content("binary \0\xff\xfe content\n", 20);
-        QVERIFY(QDir().mkpath(cwd) && putFile(file, content));
         const QString savedCwd = QDir::currentPath();
         QDir::setCurrent(cwd);
         const bool trashed = moveToRecycleBin(file);
         QDir::setCurrent(savedCwd);
-        QVERIFY(trashed && !QFileInfo::exists(file) && QDir(cwd).isEmpty());
-        const QString listed = trashList();
-        QVERIFY2(listed.contains(' ' + file + '\n'), qPrintable(listed));
-        QVERIFY(trashRestore(folder));
-        QCOMPARE(fileBytes(file), content);
+        QVERIFY(trashed && QDir(cwd).isEmpty());
+        QVERIFY(trashList().contains(' ' + file + '\n'));
     }
 
     void trashFailsInReadOnlyFolder()
@@ -137,13 +75,8 @@ private slots:
         QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         QCOMPARE(failed, QStringList{file});
         QCOMPARE(fileBytes(file), QByteArray("kept"));
-        const QRegularExpression line(
-            u"^Failed to put into Recycle Bin: %1 \\(status=\\d+\\)$"_s.arg(
-                QRegularExpression::escape(file)));
-        const QStringList lines = log.messages().filter(u"Recycle Bin"_s);
-        QCOMPARE(lines.size(), 10);
-        for (const QString& message : lines)
-            QVERIFY2(line.match(message).hasMatch(), qPrintable(message));
+        const QString line = u"Failed to put into Recycle Bin: %1 (status=10)"_s.arg(file);
+        QCOMPARE(log.messages().filter(u"Recycle Bin"_s), QStringList(10, line));
     }
 
     void copyFile_data()
@@ -195,11 +128,6 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("logged"); // the log line that tells why
         QVERIFY(putFile(path(u"existing.txt"_s), "x") && QDir().mkpath(path(u"a folder"_s)));
-        QTest::newRow("missing source")
-            << path(u"missing.txt"_s) << path(u"out.txt"_s) << QByteArray()
-            << u"Could not open input file."_s
-            << u"Failed to open \"%1\" as read only because it does not exist."_s.arg(
-                   path(u"missing.txt"_s));
         // Checked before the destination is opened: an existing one keeps its content.
         QTest::newRow("folder as source")
             << path(u"a folder"_s) << path(u"kept.txt"_s) << QByteArray("kept")
@@ -244,30 +172,23 @@ private slots:
         QVERIFY(!QFileInfo::exists(source));
         QCOMPARE(fileBytes(destination), QByteArray("new"));
 
-        // A missing source fails at once; a folder as destination after every try.
+        // A missing source fails at once, without retries.
         MessageLog log;
         QVERIFY(!::moveFile(source, destination, &error));
         QVERIFY(log.messages().isEmpty());
-        QVERIFY(QDir().mkpath(path(u"occupied/inside"_s)));
-        QVERIFY(!::moveFile(destination, path(u"occupied"_s), &error));
-        QCOMPARE(error, u"Could not rename file."_s);
-        const QString line = u"Failed to MoveFileEx \"%1\" to \"%2\""_s;
-        QCOMPARE(log.messages().count(line.arg(destination, path(u"occupied"_s))), 20);
-        QCOMPARE(fileBytes(destination), QByteArray("new"));
 
         // Another file system: copied at once, without retries; the source goes only after a
         // whole copy, and a read error cuts the copy short.
         const QString elsewhere = u"/dev/shm/corvanta-move-%1.txt"_s.arg(::getpid());
         QVERIFY2(QStorageInfo(path({})).rootPath() != QStorageInfo(u"/dev/shm"_s).rootPath(),
                  "the test needs /dev/shm on a file system of its own");
-        const qsizetype logged = log.messages().size();
         error.clear();
         QVERIFY(::moveFile(destination, elsewhere, &error));
         const QByteArray moved = fileBytes(elsewhere);
         QFile::remove(elsewhere);
         QCOMPARE(moved, QByteArray("new"));
         QVERIFY(!QFileInfo::exists(destination) && error.isEmpty());
-        QCOMPARE(log.messages().size(), logged);
+        QVERIFY(log.messages().isEmpty());
         QVERIFY(!::moveFile(u"/proc/self/mem"_s, path(u"memory.bin"_s), &error));
         QCOMPARE(error, u"Could not rename file."_s);
     }
@@ -294,8 +215,6 @@ private slots:
         QTest::addColumn<bool>("stream");
         QTest::addColumn<bool>("writing");
         QTest::addColumn<QString>("reason");
-        const QString missing = path(u"absent "_s + oddName);
-        const QString guarded = path(oddName);
         const auto row = [](const char* name, const QString& file, int mode, bool writing,
                             const char* reason) {
             for (const QString kind : {"open", "fopen"}) {
@@ -304,12 +223,13 @@ private slots:
                     << u"Failed to %1 \"%2\""_s.arg(kind, file) + reason;
             }
         };
-        row("missing", missing, 0, false, " as read only because it does not exist.");
+        row("missing", path(u"absent "_s + oddName), 0, false,
+            " as read only because it does not exist.");
         // "%1" in a path must not take the values meant for the message.
         row("errno, %1 in the path", path(u"x%1y/file.txt"_s), 0, true,
             ". No such file or directory (errno=2)");
-        row("unreadable", guarded, 0200, true, " because it is not readable.");
-        row("read only", guarded, 0400, true, " as writable because it is read only.");
+        row("unreadable", path(oddName), 0200, true, " because it is not readable.");
+        row("read only", path(oddName), 0400, true, " as writable because it is read only.");
         QDir().mkpath(path(u"a folder"_s));
         QTest::newRow("open directory")
             << path(u"a folder"_s) << 0 << false << false
@@ -329,7 +249,16 @@ private slots:
             QCOMPARE(::chmod(QFile::encodeName(file).constData(), mode_t(mode)), 0);
         }
         MessageLog log;
-        QCOMPARE(openReason(file, stream, writing), reason);
+        QString refusal;
+        if (stream) {
+            if (FILE* opened = fopenChecked(file, writing ? "wb" : "rb", &refusal))
+                std::fclose(opened);
+        } else if (const int fd =
+                       ::openChecked(file, writing ? OpenWriteOnly : OpenReadOnly, &refusal);
+                   fd >= 0) {
+            closeDescriptor(fd);
+        }
+        QCOMPARE(refusal, reason);
         QCOMPARE(log.messages(), QStringList{reason});
         QFile::remove(file);
     }

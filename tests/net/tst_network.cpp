@@ -13,8 +13,6 @@
 #include <QMessageBox>
 #include <QNetworkAccessManager>
 #include <QNetworkProxy>
-#include <QNetworkRequest>
-#include <QPointer>
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTcpServer>
@@ -23,23 +21,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-// Notes each hop that goes through the virtual request path, among the test's other events.
-class HopCounter : public NetworkTransfer
-{
-public:
-    QStringList events;
-    void startRequest(const QNetworkRequest& request) override
-    {
-        events << u"hop"_s;
-        NetworkTransfer::startRequest(request);
-    }
-};
-
-} // namespace
-
-// The application object is the test's own, so that the last case can shut it down.
 class tst_Network : public QObject
 {
     Q_OBJECT
@@ -109,7 +90,7 @@ private slots:
         QTest::addColumn<bool>("quiet");
         QTest::addColumn<int>("code");
         QTest::addColumn<QByteArrayList>("requests");
-        QTest::addColumn<QStringList>("events"); // hops, authentication asked, boxes shown
+        QTest::addColumn<QStringList>("events"); // authentication asked, boxes shown
         auto row = [](const char* name, bool tls, const char* path, bool quiet, int code,
                       const QByteArrayList& requests, const QStringList& events = {}) {
             QTest::newRow(name) << tls << QString::fromLatin1(path) << quiet << code << requests
@@ -120,8 +101,7 @@ private slots:
         row("9 MiB", false, "/large", true, 0, {"/large"});
         row("empty", false, "/empty", true, 0, {"/empty"});
         row("self-signed", true, "/large", true, 0, {"/large"});
-        row("two redirects", false, "/first", true, 0, {"/first", "/second", "/small"},
-            {"hop", "hop"});
+        row("two redirects", false, "/first", true, 0, {"/first", "/second", "/small"});
         row("refused, quiet", false, "", true, 1, {});
         row("refused", false, "", false, 1, {}, {box + "Error Code: 1 (Connection Refused)"});
         row("not found", false, "/missing", false, 203, {"/missing"},
@@ -161,23 +141,23 @@ private slots:
             QVERIFY(closed.listen(QHostAddress::LocalHost));
             url = QUrl(u"http://127.0.0.1:%1/small"_s.arg(closed.serverPort()));
         }
-        HopCounter transfer;
+        NetworkTransfer transfer;
+        QStringList seen;
         // Answers each message box as a user would.
         QTimer answerer;
-        connect(&answerer, &QTimer::timeout, this, [&transfer] {
+        connect(&answerer, &QTimer::timeout, this, [&seen] {
             for (QWidget* widget : QApplication::topLevelWidgets()) {
                 auto* box = qobject_cast<QMessageBox*>(widget);
                 if (box && box->isVisible() && box->button(QMessageBox::Ok)) {
-                    transfer.events << u"box "_s + box->windowTitle() + u'|' + box->text();
+                    seen << u"box "_s + box->windowTitle() + u'|' + box->text();
                     box->button(QMessageBox::Ok)->click();
                 }
             }
         });
         answerer.start(20);
         connect(NetworkTools::instance(), &NetworkTools::signalAuthenticationRequired, &transfer,
-                [&transfer](QNetworkReply* reply, QAuthenticator*, QString user, QString password) {
-                    transfer.events
-                        << u"asked %1 %2:%3"_s.arg(reply ? "reply" : "none", user, password);
+                [&seen](QNetworkReply* reply, QAuthenticator*, QString user, QString password) {
+                    seen << u"asked %1 %2:%3"_s.arg(reply ? "reply" : "none", user, password);
                 });
         QSignalSpy complete(&transfer, &NetworkTransfer::signalComplete);
         QSignalSpy progress(&transfer, &NetworkTransfer::signalProgress);
@@ -191,7 +171,7 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(!complete.isEmpty(), 30000);
 
         QCOMPARE(server.requests, requests);
-        QCOMPARE(transfer.events, events);
+        QCOMPARE(seen, events);
         QCOMPARE(complete.size(), 1);
         QCOMPARE(complete[0][0].toBool(), code == 0);
         QCOMPARE(complete[0][1].value<QNetworkReply::NetworkError>(),
@@ -207,45 +187,33 @@ private slots:
 
     void proxyChoice_data()
     {
-        QTest::addColumn<QVariant>("useSystem"); // invalid: the setting is absent
-        QTest::addColumn<bool>("earlierIsTest"); // else the manager's proxy is a closed port
-        QTest::addColumn<bool>("systemIsTest");  // else http_proxy is a closed port
-        QTest::addColumn<QString>("host");
-        QTest::newRow("false keeps the earlier proxy")
-            << QVariant(false) << true << false << "127.0.0.2";
-        QTest::newRow("true takes the system's") << QVariant(true) << false << true << "127.0.0.2";
-        QTest::newRow("absent takes the system's") << QVariant() << false << true << "127.0.0.2";
-        QTest::newRow("system's no_proxy") << QVariant(true) << false << true << "127.0.0.1";
+        QTest::addColumn<bool>("useSystem");
+        QTest::newRow("false keeps the earlier proxy") << false;
+        QTest::newRow("true takes http_proxy") << true;
     }
 
+    // Only the proxy the setting chooses is the test's server; the other is a closed port.
     void proxyChoice()
     {
-        QFETCH(QVariant, useSystem);
-        QFETCH(bool, earlierIsTest);
-        QFETCH(bool, systemIsTest);
-        QFETCH(QString, host);
+        QFETCH(bool, useSystem);
         LoopbackHttpServer server;
         server.answer(u"/small"_s, 200, "page");
-        if (useSystem.isValid())
-            BaseSettings().setValue(u"useSystemProxyConfiguration"_s, useSystem);
+        BaseSettings().setValue(u"useSystemProxyConfiguration"_s, useSystem);
         const QUrl proxy = server.url({});
-        NetworkTools::networkAccessManager()->setProxy(QNetworkProxy(
-            QNetworkProxy::HttpProxy, u"127.0.0.1"_s, earlierIsTest ? proxy.port() : 9));
-        if (systemIsTest)
+        NetworkTools::networkAccessManager()->setProxy(
+            QNetworkProxy(QNetworkProxy::HttpProxy, u"127.0.0.1"_s, useSystem ? 9 : proxy.port()));
+        if (useSystem)
             qputenv("http_proxy", proxy.toEncoded());
         QUrl url = server.url(u"/small"_s);
-        url.setHost(host);
+        url.setHost(u"127.0.0.2"_s);
         QCOMPARE(::download(url, true, 20), "page");
-        // A proxy is asked for the whole URL, the server itself for the path.
-        QCOMPARE(server.requests,
-                 QByteArrayList{(host == "127.0.0.1"_L1 ? QString() : host).toLatin1() + "/small"});
+        QCOMPARE(server.requests, QByteArrayList{"127.0.0.2/small"});
     }
 
     void download_data()
     {
         QTest::addColumn<QString>("path"); // "/silent" gets no answer
         QTest::addColumn<QString>("destination");
-        QTest::newRow("body") << "/small" << QString();
         QTest::newRow("moved to the destination") << "/small" << m_environment.path(u"saved"_s);
         QTest::newRow("silent server") << "/silent" << QString();
         QTest::newRow("empty path") << QString() << QString();
@@ -270,20 +238,6 @@ private slots:
         if (!destination.isEmpty())
             QCOMPARE(fileBytes(destination), body);
         QCOMPARE(QDir(tempFolder()).entryList(QDir::Files), QStringList());
-    }
-
-    // Last: takes the application, and with it the service, away.
-    void shutdownDeletesTheService()
-    {
-        const QPointer<QNetworkAccessManager> manager = NetworkTools::networkAccessManager();
-        m_application.reset();
-        QVERIFY(manager.isNull());
-        QCOMPARE(NetworkTools::instance(), nullptr);
-        // A transfer started now ends at once instead of waiting for ever.
-        NetworkTransfer transfer;
-        QSignalSpy complete(&transfer, &NetworkTransfer::signalComplete);
-        transfer.start(QUrl(u"http://127.0.0.1:9/small"_s), {}, {}, true);
-        QCOMPARE(complete.size(), 1);
     }
 };
 
