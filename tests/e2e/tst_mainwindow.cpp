@@ -2,7 +2,6 @@
 #include "XvfbServer.h"
 
 #include <QDir>
-#include <QSet>
 #include <QTest>
 #include <QUrlQuery>
 
@@ -42,15 +41,18 @@ class tst_MainWindow : public QObject
 private slots:
     // One session on three screens: the window opens centred after loading; Edit > Copy Report
     // and File > Email Report... hand over the headless report; the Display page's workaround
-    // buttons write and remove the user's environment.d line; File > Quit ends it.
+    // buttons write and remove the user's environment.d line; the System page's benchmark runs in
+    // the folder typed into its "Choose Location" dialog and shows its figures; File > Quit ends
+    // it.
     void sessionFromOpeningToQuit()
     {
         TestEnvironment home;
         // The narrow second screen gives the Display page errors, so it is the page shown first.
         XvfbServer x({u"1920x1080"_s, u"1000x700"_s, u"1366x720"_s});
-        QVERIFY2(x.isRunning(), "Xvfb did not start");
         const QString ours = home.path(u".config/environment.d/60-corvanta-support.conf"_s);
         QVERIFY(putFile(ours, "# kept\nEDITOR=vi\n"));
+        const QString location = home.path(u"bench"_s);
+        QVERIFY(QDir().mkpath(location));
         // A mail program of our own, registered the freedesktop way, writes down what it gets.
         const QString received = home.path(u"received.txt"_s);
         const QString recorder = home.path(u"bin/record-mail"_s);
@@ -66,13 +68,10 @@ private slots:
         program.setProcessEnvironment(x.environment());
         program.setProcessChannelMode(QProcess::ForwardedChannels);
         program.start(QStringLiteral(CORVANTA_SUPPORT_BINARY), {});
-        QVERIFY(program.waitForStarted(5000));
-        // Until the loading pass ends only the 300-pixel-wide progress dialog may show.
+        // The 300-pixel-wide window of the same title is the loading dialog.
         XvfbServer::Window main;
-        QSet<int> widthsSeen;
         const auto mainShown = [&] {
             for (const XvfbServer::Window& window : x.visibleWindows(u"^Corvanta Support$"_s)) {
-                widthsSeen << window.geometry.width();
                 if (window.geometry.width() != 300)
                     main = window;
             }
@@ -81,16 +80,13 @@ private slots:
         QVERIFY2(QTest::qWaitFor(mainShown, 30000), "the main window never appeared");
         QCOMPARE(main.geometry, QRect(480, 270, 960, 540));
         QCOMPARE(x.visibleWindows(u"^Corvanta Support$"_s).size(), 1);
-        QVERIFY2(widthsSeen.size() <= 2, "an unexpected window showed during loading");
 
         QProcess report;
         report.setProcessEnvironment(x.environment());
         report.start(QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY), {});
         QVERIFY(report.waitForFinished(60000) && report.exitCode() == 0);
         const QString headless = QString::fromUtf8(report.readAllStandardOutput());
-        QVERIFY(headless.contains(u"Number of Screens:  3\n"_s));
-        for (const QString& size : {u"1920 x 1080"_s, u"1000 x 700"_s, u"1366 x 720"_s})
-            QVERIFY(headless.contains(u"geometry=(%1)"_s.arg(size)));
+        // The real screens are read: the page's errors name the second and third.
         QVERIFY(
             headless.contains(u"Errors:\n1. Screen 2 is too narrow.\n2. Screen 2 is too short.\n"
                               "3. Screen 3 is too short.\n\n"_s));
@@ -99,8 +95,6 @@ private slots:
         x.keys({u"Right"_s, u"Down"_s, u"Return"_s}, main.id);
         QString copied;
         QVERIFY(QTest::qWaitFor([&] { return !(copied = x.clipboard()).isEmpty(); }, 10000));
-        QVERIFY2(copied.startsWith(u"Generated: "_s), qPrintable(copied.left(200)));
-        QVERIFY(!copied.contains('<'));
         // The X tool's output comes back trimmed.
         QCOMPARE(afterFirstLine(copied).trimmed(), afterFirstLine(headless).trimmed());
 
@@ -108,14 +102,9 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(received), 15000);
         QTest::qWait(200);
         const QUrl url(QString::fromUtf8(fileBytes(received)));
-        QCOMPARE(url.scheme(), u"mailto"_s);
-        QCOMPARE(url.path(), u"support@kelvanmoor.com"_s);
-        const QUrlQuery query(url);
-        QCOMPARE(query.queryItemValue(u"subject"_s, QUrl::FullyDecoded),
-                 u"Corvanta Support Report"_s);
-        const QString body = query.queryItemValue(u"body"_s, QUrl::FullyDecoded);
-        QVERIFY2(body.startsWith(u"Generated: "_s), qPrintable(body.left(200)));
-        QCOMPARE(afterFirstLine(body), afterFirstLine(headless));
+        QCOMPARE(url.toString(QUrl::RemoveQuery), u"mailto:support@kelvanmoor.com"_s);
+        QCOMPARE(afterFirstLine(QUrlQuery(url).queryItemValue(u"body"_s, QUrl::FullyDecoded)),
+                 afterFirstLine(headless));
 
         x.run(u"xdotool"_s, {u"windowfocus"_s, u"--sync"_s, main.id});
         const auto applied = [&] {
@@ -127,49 +116,26 @@ private slots:
         QVERIFY2(pressUntil(x, [&] { return !applied(); }), fileBytes(ours).constData());
         QCOMPARE(fileBytes(ours), QByteArray("# kept\nEDITOR=vi\n"));
 
-        x.keys({u"Up"_s, u"Return"_s}, main.id);
-        QVERIFY2(program.waitForFinished(10000), "the program did not quit from its File menu");
-        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(program.exitCode(), 0);
-    }
-
-    // The System page's benchmark: the folder is typed into the "Choose Location" dialog and the
-    // result read back through Copy Report.
-    void benchmarkReportAppearsOnThePage()
-    {
-        TestEnvironment home;
-        XvfbServer x;
-        QVERIFY2(x.isRunning(), "Xvfb did not start");
-        const QString location = home.path(u"bench"_s);
-        QVERIFY(QDir().mkpath(location));
-        const QString window = x.startMainWindow();
-        QVERIFY2(!window.isEmpty(), "the main window never appeared");
-
         // Page order depends on what each page finds, so every page's controls are tried in turn
         // until the folder dialog opens; the other pages' buttons only touch the temporary home,
         // and the Permissions page's file dialogs are closed again.
-        const auto dialogOpen = [&] {
-            return !x.visibleWindows(u"^Choose Location$"_s).isEmpty();
+        const auto open = [&](const QString& titles) {
+            return !x.visibleWindows(u"^Choose (%1)$"_s.arg(titles)).isEmpty();
         };
-        const auto otherDialogOpen = [&] {
-            return !x.visibleWindows(u"^Choose (File|Folder)$"_s).isEmpty();
-        };
-        bool opened = false;
-        for (int page = 0; page < 6 && !opened; ++page) {
-            pressUntil(x, [&] { return dialogOpen() || otherDialogOpen(); });
-            if (!(opened = dialogOpen())) {
-                if (otherDialogOpen())
-                    x.keys({u"Escape"_s});
+        for (int page = 0; page < 6 && !open(u"Location"_s); ++page) {
+            pressUntil(x, [&] { return open(u"File|Folder|Location"_s); });
+            if (open(u"File|Folder"_s))
+                x.keys({u"Escape"_s});
+            if (!open(u"Location"_s))
                 x.keys({u"ctrl+Tab"_s});
-            }
         }
-        QVERIFY2(opened, "the Choose Location dialog never opened");
+        QVERIFY2(open(u"Location"_s), "the Choose Location dialog never opened");
         // Keys sent before the dialog has the focus would go to the window behind it.
         x.run(u"xdotool"_s, {u"windowfocus"_s, u"--sync"_s,
                              x.visibleWindows(u"^Choose Location$"_s).value(0).id});
         x.run(u"xdotool"_s, {u"type"_s, u"--delay"_s, u"10"_s, location});
         x.keys({u"Return"_s});
-        QVERIFY(QTest::qWaitFor([&] { return !dialogOpen(); }, 10000));
+        QVERIFY(QTest::qWaitFor([&] { return !open(u"Location"_s); }, 10000));
 
         // The benchmark works in a temporary folder of its own there and removes it when done.
         const auto busy = [&] {
@@ -178,14 +144,17 @@ private slots:
         QVERIFY2(QTest::qWaitFor(busy, 20000), "the benchmark never started");
         QVERIFY2(QTest::qWaitFor([&] { return !busy(); }, 240000), "the benchmark never ended");
 
-        QString copied;
         const auto copy = [&] {
-            x.keys({u"Right"_s, u"Down"_s, u"Return"_s}, window);
+            x.keys({u"Right"_s, u"Down"_s, u"Return"_s}, main.id);
             return (copied = x.clipboard()).contains(u"RANDOM_SEEK min="_s);
         };
         QVERIFY2(QTest::qWaitFor(copy, 20000), qPrintable(copied.right(500)));
         QVERIFY(copied.contains(location + u"\nCREATE min="_s));
         QVERIFY(!copied.contains(u"failed"_s));
+
+        x.keys({u"Up"_s, u"Return"_s}, main.id);
+        QVERIFY2(program.waitForFinished(10000), "the program did not quit from its File menu");
+        QCOMPARE(program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1, 0);
     }
 };
 

@@ -8,11 +8,9 @@
 
 #include <memory>
 
-// A small HTTP/1.1 server on 127.0.0.1 for tests. It answers each request by its path from canned
-// answers, given in the order they were added and the last one again after that, and stays silent
-// for a path without one. A request naming a whole URL, as clients send it to a proxy, is answered
-// by that URL's path, so the server is a forward proxy as well. With TLS it presents a self-signed
-// certificate that it makes with openssl.
+// An HTTP/1.1 server on 127.0.0.1 answering each path with its canned answers in turn, the last
+// one again after that, silent for a path without one. A whole URL, as sent to a proxy, is
+// answered by its path, so it is a forward proxy too. With TLS, its certificate is self-signed.
 class LoopbackHttpServer
 {
 public:

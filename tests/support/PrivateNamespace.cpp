@@ -13,11 +13,7 @@
 #include <cstring>
 #include <vector>
 
-namespace {
-
 const char insideVariable[] = "CORVANTA_PRIVATE_NAMESPACE";
-
-} // namespace
 
 bool enterPrivateNamespace(int argc, char** argv, const char* flags)
 {

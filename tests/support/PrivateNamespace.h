@@ -2,10 +2,9 @@
 
 #include <QString>
 
-// Runs this test executable again inside "unshare" with the given flags, such as "-rmn": root of
-// a user namespace of its own, it may bind files over the machine's, serve on any port and name
-// its host without touching the machine. Returns true inside; outside it does not return unless
-// unshare cannot be started.
+// Runs this test executable again inside "unshare" with flags such as "-rmn", where it may bind
+// files, serve on any port and name its host without touching the machine. Returns true inside;
+// outside it returns only when unshare cannot be started.
 bool enterPrivateNamespace(int argc, char** argv, const char* flags);
 bool inPrivateNamespace();
 

@@ -4,12 +4,9 @@
 
 #include <QMap>
 
-// A private home in which the product is set up as a user has it: its data folder with the
-// temporary folder and the identifier, its preferences with a stored date, its cache, and its
-// design type associated with it for the user beside another program's type. The machine's
-// association and desktop-entry folders are private to the home as well. Environment variables
-// and the MIME database are set once, so one home serves a whole test executable; prepare()
-// puts its files back between tests.
+// A private home with the product set up as a user has it: data folder, identifier, preferences,
+// cache and its design type's association; the machine's association folders are private too.
+// One home serves a whole test executable; prepare() puts its files back between tests.
 class ProductHome
 {
 public:

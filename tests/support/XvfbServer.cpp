@@ -25,9 +25,7 @@ XvfbServer::~XvfbServer()
 {
     m_program.terminate();
     m_program.waitForFinished(10000);
-    m_server.terminate();
-    if (!m_server.waitForFinished(3000))
-        m_server.kill();
+    m_server.kill();
     m_server.waitForFinished(3000);
 }
 

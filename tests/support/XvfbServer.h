@@ -25,11 +25,9 @@ public:
     };
     // Visible top-level windows whose title matches the pattern, with their places on screen.
     QList<Window> visibleWindows(const QString& titlePattern) const;
-    // Starts the program on this display, to be ended with the server, and waits for its 960x540
-    // main window, then focuses it. The window's id, or empty.
+    // Starts the program here, ended with the server; focuses its main window and returns its id.
     QString startMainWindow();
-    // Presses keys one after another in the focused window; with a window, in its File menu,
-    // opened by a click.
+    // Presses keys in the focused window, or in the File menu of the given one.
     void keys(const QStringList& names, const QString& menuWindow = {}) const;
     QString clipboard() const;
 
