@@ -1,3 +1,4 @@
+#include "AccessibleProgram.h"
 #include "TestEnvironment.h"
 #include "XvfbServer.h"
 
@@ -6,25 +7,9 @@
 #include <QTest>
 #include <QUrlQuery>
 
-#include <functional>
-
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// Moves through the focus chain pressing each control once, until done; disabled buttons are not
-// in the chain.
-bool pressUntil(const XvfbServer& x, const std::function<bool()>& done, int presses = 12)
-{
-    for (int press = 0; press < presses; ++press) {
-        x.keys({u"Tab"_s, u"space"_s});
-        // Long enough for a dialog to open under a sanitized build: a key sent after it opens
-        // would go to the dialog instead of the page.
-        if (QTest::qWaitFor(done, 1500))
-            return true;
-    }
-    return false;
-}
 
 // Two runs' reports differ in their "Generated:" line, and in what moves between them: free space
 // as other programs write, and the date at midnight.
@@ -37,7 +22,7 @@ QString afterFirstLine(const QString& report)
 
 } // namespace
 
-// Drives the real program on its own X server, from the keyboard and its menus, as a user would.
+// Drives the real program on its own X server, from its menus and buttons, as a user would.
 class tst_MainWindow : public QObject
 {
     Q_OBJECT
@@ -68,6 +53,7 @@ private slots:
         QVERIFY(putFile(home.path(u".config/mimeapps.list"_s),
                         "[Default Applications]\nx-scheme-handler/mailto=record-mail.desktop\n"));
 
+        AccessibleProgram widgets;
         QProcess program;
         program.setProcessEnvironment(x.environment());
         program.setProcessChannelMode(QProcess::ForwardedChannels);
@@ -110,36 +96,31 @@ private slots:
         QCOMPARE(afterFirstLine(QUrlQuery(url).queryItemValue(u"body"_s, QUrl::FullyDecoded)),
                  afterFirstLine(headless));
 
-        x.run(u"xdotool"_s, {u"windowfocus"_s, u"--sync"_s, main.id});
+        // Each button is clicked once it is enabled: "Remove" only after "Apply" has written.
+        const auto press = [&](const QString& role, const QString& name) {
+            return QTest::qWaitFor([&] { return widgets.click(x, role, name); }, 20000);
+        };
         const auto applied = [&] {
             return fileBytes(ours).contains("QT_AUTO_SCREEN_SCALE_FACTOR=0\n");
         };
-        QVERIFY2(pressUntil(x, applied), fileBytes(ours).constData());
+        QVERIFY(press(u"push button"_s, u"Apply DPI Workaround"_s));
+        QTRY_VERIFY_WITH_TIMEOUT(applied(), 10000);
         QVERIFY(fileBytes(ours).startsWith("# kept\nEDITOR=vi\n"));
-        // Only "Remove" is enabled now, so the next press that changes anything removes it.
-        QVERIFY2(pressUntil(x, [&] { return !applied(); }), fileBytes(ours).constData());
-        QCOMPARE(fileBytes(ours), QByteArray("# kept\nEDITOR=vi\n"));
+        QVERIFY(press(u"push button"_s, u"Remove DPI Workaround"_s));
+        QTRY_COMPARE_WITH_TIMEOUT(fileBytes(ours), QByteArray("# kept\nEDITOR=vi\n"), 10000);
 
-        // Page order depends on what each page finds, so every page's controls are tried in turn
-        // until the folder dialog opens; the other pages' buttons only touch the temporary home,
-        // and the Permissions page's file dialogs are closed again.
-        const auto open = [&](const QString& titles) {
-            return !x.visibleWindows(u"^Choose (%1)$"_s.arg(titles)).isEmpty();
+        const auto open = [&] {
+            return !x.visibleWindows(u"^Choose Location$"_s).isEmpty();
         };
-        for (int page = 0; page < 6 && !open(u"Location"_s); ++page) {
-            pressUntil(x, [&] { return open(u"File|Folder|Location"_s); });
-            if (open(u"File|Folder"_s))
-                x.keys({u"Escape"_s});
-            if (!open(u"Location"_s))
-                x.keys({u"ctrl+Tab"_s});
-        }
-        QVERIFY2(open(u"Location"_s), "the Choose Location dialog never opened");
+        QVERIFY(press(u"page tab"_s, u"System"_s));
+        QVERIFY(press(u"push button"_s, u"Benchmark File I/O"_s));
+        QVERIFY2(QTest::qWaitFor(open, 20000), "the Choose Location dialog never opened");
         // Keys sent before the dialog has the focus would go to the window behind it.
         x.run(u"xdotool"_s, {u"windowfocus"_s, u"--sync"_s,
                              x.visibleWindows(u"^Choose Location$"_s).value(0).id});
         x.run(u"xdotool"_s, {u"type"_s, u"--delay"_s, u"10"_s, location});
         x.keys({u"Return"_s});
-        QVERIFY(QTest::qWaitFor([&] { return !open(u"Location"_s); }, 10000));
+        QVERIFY(QTest::qWaitFor([&] { return !open(); }, 10000));
 
         // The benchmark works in a temporary folder of its own there and removes it when done.
         const auto busy = [&] {

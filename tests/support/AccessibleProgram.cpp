@@ -1,0 +1,120 @@
+#include "AccessibleProgram.h"
+
+#include "XvfbServer.h"
+
+#include <QDBusArgument>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusVariant>
+#include <QProcess>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QVariant call(const QDBusConnection& bus, const std::pair<QString, QString>& node,
+              const QString& method, const QVariantList& arguments = {})
+{
+    const qsizetype dot = method.lastIndexOf('.');
+    QDBusMessage message = QDBusMessage::createMethodCall(node.first, node.second, method.left(dot),
+                                                          method.mid(dot + 1));
+    message.setArguments(arguments);
+    return bus.call(message).arguments().value(0);
+}
+
+QString accessibilityBusAddress()
+{
+    QProcess::execute(u"dbus-update-activation-environment"_s,
+                      {"HOME=" + qEnvironmentVariable("HOME"),
+                       "XDG_RUNTIME_DIR=" + qEnvironmentVariable("XDG_RUNTIME_DIR")});
+    qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
+    return call(QDBusConnection::sessionBus(), {u"org.a11y.Bus"_s, u"/org/a11y/bus"_s},
+                u"org.a11y.Bus.GetAddress"_s)
+        .toString();
+}
+
+} // namespace
+
+AccessibleProgram::AccessibleProgram()
+    : m_bus(QDBusConnection::connectToBus(accessibilityBusAddress(), u"accessibility"_s))
+{}
+
+AccessibleProgram::~AccessibleProgram()
+{
+    QDBusConnection::disconnectFromBus(u"accessibility"_s);
+}
+
+QList<AccessibleProgram::Item> AccessibleProgram::items()
+{
+    QList<Item> found;
+    for (const Node& node :
+         children({u"org.a11y.atspi.Registry"_s, u"/org/a11y/atspi/accessible/root"_s})) {
+        if (property(node, u"Name"_s).toString() == u"Corvanta"_s)
+            walk(node, found);
+    }
+    return found;
+}
+
+AccessibleProgram::Item AccessibleProgram::find(const QString& role, const QString& name)
+{
+    for (const Item& item : items()) {
+        if (item.role == role && item.name.contains(name))
+            return item;
+    }
+    return {};
+}
+
+bool AccessibleProgram::click(const XvfbServer& x, const QString& role, const QString& name)
+{
+    const Item item = find(role, name);
+    const QPoint centre = item.rect.center();
+    return item.enabled && centre.x() > 0
+           && x.run(u"xdotool"_s, {u"mousemove"_s, QString::number(centre.x()),
+                                   QString::number(centre.y()), u"click"_s, u"1"_s})
+                  .isEmpty();
+}
+
+QVariant AccessibleProgram::property(const Node& node, const QString& name)
+{
+    return call(m_bus, node, u"org.freedesktop.DBus.Properties.Get"_s,
+                {u"org.a11y.atspi.Accessible"_s, name})
+        .value<QDBusVariant>()
+        .variant();
+}
+
+QList<AccessibleProgram::Node> AccessibleProgram::children(const Node& node)
+{
+    QList<Node> result;
+    for (int i = 0, count = property(node, u"ChildCount"_s).toInt(); i < count; ++i) {
+        const auto child = call(m_bus, node, u"org.a11y.atspi.Accessible.GetChildAtIndex"_s, {i})
+                               .value<QDBusArgument>();
+        Node next;
+        QDBusObjectPath path;
+        child.beginStructure();
+        child >> next.first >> path;
+        child.endStructure();
+        next.second = path.path();
+        result.append(next);
+    }
+    return result;
+}
+
+void AccessibleProgram::walk(const Node& node, QList<Item>& found)
+{
+    const auto states =
+        qdbus_cast<QList<uint>>(call(m_bus, node, u"org.a11y.atspi.Accessible.GetState"_s));
+    if (states.isEmpty() || !(states.first() & (1u << 25))) // not showing
+        return;
+    const auto box =
+        call(m_bus, node, u"org.a11y.atspi.Component.GetExtents"_s, {QVariant::fromValue(0u)})
+            .value<QDBusArgument>();
+    int x = 0, y = 0, width = 0, height = 0;
+    box.beginStructure();
+    box >> x >> y >> width >> height;
+    box.endStructure();
+    found.append({call(m_bus, node, u"org.a11y.atspi.Accessible.GetRoleName"_s).toString(),
+                  property(node, u"Name"_s).toString(), QRect(x, y, width, height),
+                  (states.first() & (1u << 8)) != 0}); // enabled
+    for (const Node& child : children(node))
+        walk(child, found);
+}
