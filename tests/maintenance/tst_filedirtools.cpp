@@ -31,24 +31,24 @@ class tst_FileDirTools : public QObject
     QString path(const QString& relative) const { return m_environment.path(relative); }
 
 private slots:
-    // Names in the tool's temporary folder, one per holder, not yet created.
+    // Names in the tool's temporary folder, one per holder. The network test's transfers create
+    // the folder again after each case removes it.
     void tempFileNames()
     {
         TempFileName first;
         const QString a = first.uniqueTempFileName();
         QCOMPARE(first.uniqueTempFileName(), a);
         QVERIFY(TempFileName().uniqueTempFileName() != a);
-        const QString folder =
-            path(".local/share/" + QCoreApplication::applicationName() + "/temp");
-        QCOMPARE(tempFolder(), folder);
-        QVERIFY(QFileInfo(folder).isDir());
-        QCOMPARE(QFileInfo(a).absolutePath(), folder);
-        QVERIFY(!QFileInfo::exists(a));
+        QCOMPARE(QFileInfo(a).absolutePath(),
+                 path(".local/share/" + QCoreApplication::applicationName() + "/temp"));
     }
 
-    // Without ~/.local/share, Qt would put the item into "files" under the current directory.
-    void trashWithoutADataFolder()
+    // Without ~/.local/share, Qt would put the item into "files" under the current directory. A
+    // refused item is tried ten times, each logged whole: "%1" in its path must not take the
+    // status meant for the message.
+    void trash()
     {
+        RUN_AS_NOBODY_WHEN_ROOT();
         TestEnvironment home;
         const QString cwd = home.path(u"cwd"_s), file = home.path(oddName);
         QVERIFY(QDir().mkpath(cwd) && putFile(file, "x"));
@@ -59,46 +59,37 @@ private slots:
         QDir::setCurrent(savedCwd);
         QVERIFY(trashed && QDir(cwd).isEmpty());
         QVERIFY(trashList().contains(' ' + file + '\n'));
-    }
 
-    void trashFailsInReadOnlyFolder()
-    {
-        RUN_AS_NOBODY_WHEN_ROOT();
-        TestEnvironment home;
-        // "%1" in the path must not take the status meant for the message.
-        const QString folder = home.path(u"locked x%1y"_s);
-        const QString file = folder + u"/kept.txt"_s;
-        QVERIFY(putFile(file, "kept"));
+        const QString folder = home.path(u"locked x%1y"_s), kept = folder + u"/kept.txt"_s;
+        QVERIFY(putFile(kept, "kept"));
         QVERIFY(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
         MessageLog log;
-        const QStringList failed = moveAllToRecycleBin({file});
+        const QStringList failed = moveAllToRecycleBin({kept});
         QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        QCOMPARE(failed, QStringList{file});
-        QCOMPARE(fileBytes(file), QByteArray("kept"));
-        const QString line = u"Failed to put into Recycle Bin: %1 (status=10)"_s.arg(file);
+        QCOMPARE(failed, QStringList{kept});
+        QCOMPARE(fileBytes(kept), QByteArray("kept"));
+        const QString line = u"Failed to put into Recycle Bin: %1 (status=10)"_s.arg(kept);
         QCOMPARE(log.messages().filter(u"Recycle Bin"_s), QStringList(10, line));
     }
 
     void copyFile_data()
     {
         QTest::addColumn<QString>("destination"); // empty: the source itself
-        QTest::addColumn<QString>("made");        // what stands there first
+        QTest::addColumn<bool>("existing");
         QTest::addColumn<bool>("keepTimes");
-        QTest::newRow("keep times") << u"keep "_s + oddName << QString() << true;
-        QTest::newRow("new times") << u"new "_s + oddName << u"old file"_s << false;
+        QTest::newRow("keep times") << u"keep "_s + oddName << false << true;
+        QTest::newRow("new times") << u"new "_s + oddName << true << false;
         // Two files on a case-sensitive system, so the copy must not rename the source away.
-        QTest::newRow("other case") << u"SOURCE other case"_s << u"old file"_s << false;
-        QTest::newRow("same path") << QString() << QString() << true;
+        QTest::newRow("other case") << u"SOURCE other case"_s << true << false;
+        QTest::newRow("same path") << QString() << false << true;
         // The source under another name: nothing may be emptied, and nothing needs copying.
-        QTest::newRow("symbolic link") << u"link"_s << u"symbolic link"_s << true;
-        QTest::newRow("hard link") << u"hard link"_s << u"hard link"_s << true;
-        QTest::newRow("through a dot") << u"./source through a dot"_s << QString() << true;
+        QTest::newRow("through a dot") << u"./source through a dot"_s << false << true;
     }
 
     void copyFile()
     {
         QFETCH(QString, destination);
-        QFETCH(QString, made);
+        QFETCH(bool, existing);
         QFETCH(bool, keepTimes);
         const QString source = path(u"source "_s + QTest::currentDataTag());
         destination = destination.isEmpty() ? source : path(destination);
@@ -106,12 +97,7 @@ private slots:
         QVERIFY(putFile(source, "copy me") && file.open(QIODevice::ReadWrite));
         QVERIFY(file.setFileTime(oldTime, QFile::FileModificationTime));
         file.close();
-        if (made == u"old file"_s)
-            QVERIFY(putFile(destination, "old"));
-        else if (made == u"symbolic link"_s)
-            QVERIFY(QFile::link(source, destination));
-        else if (made == u"hard link"_s)
-            QCOMPARE(::link(QFile::encodeName(source), QFile::encodeName(destination)), 0);
+        QVERIFY(!existing || putFile(destination, "old"));
         QString error;
         QVERIFY(::copyFile(source, destination, keepTimes && destination != source, &error));
         QVERIFY(error.isEmpty());
@@ -120,45 +106,19 @@ private slots:
         QCOMPARE(QFileInfo(destination).lastModified().toUTC() == oldTime, keepTimes);
     }
 
-    void copyFailures_data()
+    // A folder as the source is refused before the destination is opened, which keeps its
+    // content.
+    void copyFromAFolder()
     {
-        QTest::addColumn<QString>("source");
-        QTest::addColumn<QString>("destination");
-        QTest::addColumn<QByteArray>("before"); // null: no destination yet
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("logged"); // the log line that tells why
-        QVERIFY(putFile(path(u"existing.txt"_s), "x") && QDir().mkpath(path(u"a folder"_s)));
-        // Checked before the destination is opened: an existing one keeps its content.
-        QTest::newRow("folder as source")
-            << path(u"a folder"_s) << path(u"kept.txt"_s) << QByteArray("kept")
-            << u"Could not open input file."_s
-            << u"Failed to open \"%1\" because it is a directory."_s.arg(path(u"a folder"_s));
-        QTest::newRow("no folder for the copy")
-            << path(u"existing.txt"_s) << path(u"no folder/out.txt"_s) << QByteArray()
-            << u"Could not create empty file."_s
-            << u"Failed to CopyFileEx \"%1\" to \"%2\""_s.arg(path(u"existing.txt"_s),
-                                                              path(u"no folder/out.txt"_s));
-        // The kernel answers a read of this file's first page with EIO: a read error is no end.
-        QTest::newRow("read error") << u"/proc/self/mem"_s << path(u"memory.bin"_s) << QByteArray()
-                                    << u"Could not read input file. Input/output error"_s
-                                    << u"Could not read input file. Input/output error"_s;
-    }
-
-    void copyFailures()
-    {
-        QFETCH(QString, source);
-        QFETCH(QString, destination);
-        QFETCH(QByteArray, before);
-        QFETCH(QString, text);
-        QFETCH(QString, logged);
-        QVERIFY(before.isNull() || putFile(destination, before));
+        const QString folder = path(u"a folder"_s), kept = path(u"kept.txt"_s);
+        QVERIFY(QDir().mkpath(folder) && putFile(kept, "kept"));
         MessageLog log;
         QString error;
-        QVERIFY(!::copyFile(source, destination, true, &error));
-        QCOMPARE(error, text);
-        QVERIFY2(log.messages().contains(logged), qPrintable(log.messages().join('\n')));
-        if (!before.isNull())
-            QCOMPARE(fileBytes(destination), before);
+        QVERIFY(!::copyFile(folder, kept, true, &error));
+        QCOMPARE(error, u"Could not open input file."_s);
+        QCOMPARE(fileBytes(kept), QByteArray("kept"));
+        QCOMPARE(log.messages(),
+                 QStringList{u"Failed to open \"%1\" because it is a directory."_s.arg(folder)});
     }
 
     void moveFile()
@@ -168,7 +128,6 @@ private slots:
         QVERIFY(putFile(source, "new") && putFile(destination, "old"));
         QString error;
         QVERIFY(::moveFile(source, destination, &error));
-        QVERIFY(error.isEmpty());
         QVERIFY(!QFileInfo::exists(source));
         QCOMPARE(fileBytes(destination), QByteArray("new"));
 
@@ -178,7 +137,8 @@ private slots:
         QVERIFY(log.messages().isEmpty());
 
         // Another file system: copied at once, without retries; the source goes only after a
-        // whole copy, and a read error cuts the copy short.
+        // whole copy, and a read error is no end of the file. The kernel answers a read of this
+        // file's first page with EIO.
         const QString elsewhere = u"/dev/shm/corvanta-move-%1.txt"_s.arg(::getpid());
         QVERIFY2(QStorageInfo(path({})).rootPath() != QStorageInfo(u"/dev/shm"_s).rootPath(),
                  "the test needs /dev/shm on a file system of its own");
@@ -191,6 +151,7 @@ private slots:
         QVERIFY(log.messages().isEmpty());
         QVERIFY(!::moveFile(u"/proc/self/mem"_s, path(u"memory.bin"_s), &error));
         QCOMPARE(error, u"Could not rename file."_s);
+        QCOMPARE(log.messages().last(), u"Could not read input file. Input/output error"_s);
     }
 
     // A link goes; what it points at stays as it was. Root writes to read-only files anyway, so
@@ -230,10 +191,6 @@ private slots:
             ". No such file or directory (errno=2)");
         row("unreadable", path(oddName), 0200, true, " because it is not readable.");
         row("read only", path(oddName), 0400, true, " as writable because it is read only.");
-        QDir().mkpath(path(u"a folder"_s));
-        QTest::newRow("open directory")
-            << path(u"a folder"_s) << 0 << false << false
-            << u"Failed to open \"%1\" because it is a directory."_s.arg(path(u"a folder"_s));
     }
 
     void openChecked()
@@ -250,14 +207,10 @@ private slots:
         }
         MessageLog log;
         QString refusal;
-        if (stream) {
-            if (FILE* opened = fopenChecked(file, writing ? "wb" : "rb", &refusal))
-                std::fclose(opened);
-        } else if (const int fd =
-                       ::openChecked(file, writing ? OpenWriteOnly : OpenReadOnly, &refusal);
-                   fd >= 0) {
-            closeDescriptor(fd);
-        }
+        if (stream)
+            QVERIFY(!fopenChecked(file, writing ? "wb" : "rb", &refusal));
+        else
+            QVERIFY(::openChecked(file, writing ? OpenWriteOnly : OpenReadOnly, &refusal) < 0);
         QCOMPARE(refusal, reason);
         QCOMPARE(log.messages(), QStringList{reason});
         QFile::remove(file);
