@@ -5,8 +5,6 @@
 #include <QThread>
 #include <QTimer>
 
-#include <cerrno>
-
 using namespace Qt::StringLiterals;
 
 // Most of these cases need the application object to come and go, so the test makes its own.
@@ -22,15 +20,11 @@ private slots:
     // At shutdown the registered objects go, after the signal that they are about to.
     void lifecycle()
     {
-        QCOMPARE(BaseApplication::windowsErrorText(u"Failed:"_s, EACCES),
-                 u"Failed: Permission denied [13]"_s);
         QCOMPARE(BaseApplication::windowsErrorText(u"50%1"_s, 0xFFFFFFFFu),
                  u"50%1 Unknown Error [4294967295]"_s);
-        for (int i = 0; i < 2; ++i) {
-            QTest::ignoreMessage(QtDebugMsg, "ERROR! Attempting to retrieve BaseApplication "
-                                             "instance without first allocating one!");
-            QCOMPARE(BaseApplication::instance(), nullptr);
-        }
+        QTest::ignoreMessage(QtDebugMsg, "ERROR! Attempting to retrieve BaseApplication instance "
+                                         "without first allocating one!");
+        QCOMPARE(BaseApplication::instance(), nullptr);
         QPointer<QObject> kept = new QObject;
         QPointer<QObject> deletedEarly = new QObject;
         QPointer<QObject> fromThread = new QObject;
