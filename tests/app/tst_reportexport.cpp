@@ -165,37 +165,20 @@ private slots:
     }
 
     // Changes are told by field, other lines by themselves; the time and the order are no change.
-    void differences_data()
-    {
-        QTest::addColumn<Sections>("earlier");
-        QTest::addColumn<Sections>("later");
-        QTest::addColumn<QString>("expected");
-        const QStringList macs{u"02-01"_s, u"02-02"_s};
-        QTest::newRow("order only")
-            << Sections{section(5, page(macs, {}))}
-            << Sections{section(5, page({macs[1], macs[0]}, {}))} << QString();
-        QTest::newRow("changed and appeared")
-            << Sections{section(5, page(macs, u"Does Not Exist"_s))}
-            << Sections{section(5, page({macs[0], u"02-03"_s}, {}, u"free"_s), {u"Full."_s})}
-            << u"System:\n"
-               "  changed   MAC Interfaces: \"02-02\" -> \"02-03\"\n"
-               "  changed   Application Data: \"/d&a - Does Not Exist\" -> \"/d&a\"\n"
-               "  appeared  \"free\"\n"
-               "  error appeared: Full.\n"_s;
-        QTest::newRow("sections") << Sections{section(0, page(macs, {}), {u"Gone."_s})}
-                                  << Sections{section(1, page(macs, {}))}
-                                  << u"Display:\n  the section vanished\n"
-                                     "Fonts:\n  the section appeared\n"_s;
-    }
-
     void differences()
     {
-        QFETCH(Sections, earlier);
-        QFETCH(Sections, later);
-        QFETCH(QString, expected);
+        const QStringList macs{u"02-01"_s, u"02-02"_s};
+        const Sections earlier{section(0, page(macs, {}), {u"Gone."_s}),
+                               section(5, page(macs, u"Does Not Exist"_s))};
+        const Sections later{section(1, page(macs, {})),
+                             section(5, page({u"02-03"_s, macs[0]}, {}, u"free"_s), {u"Full."_s})};
         QCOMPARE(
             reportDifferences(document(earlier), document(later, QDateTime::currentDateTime())),
-            expected);
+            u"Display:\n  the section vanished\nFonts:\n  the section appeared\nSystem:\n"
+            "  changed   MAC Interfaces: \"02-02\" -> \"02-03\"\n"
+            "  changed   Application Data: \"/d&a - Does Not Exist\" -> \"/d&a\"\n"
+            "  appeared  \"free\"\n"
+            "  error appeared: Full.\n"_s);
     }
 
     // Every spelling of a value gets its placeholder; look-alikes stay.
