@@ -3,13 +3,10 @@
 #include <QPointer>
 #include <QTest>
 #include <QThread>
-#include <QTimer>
-
-#include <cerrno>
 
 using namespace Qt::StringLiterals;
 
-// Most of these cases need the application object to come and go, so the test makes its own.
+// The application object must come and go inside the case, so the test makes its own.
 class tst_BaseApplication : public QObject
 {
     Q_OBJECT
@@ -22,15 +19,9 @@ private slots:
     // At shutdown the registered objects go, after the signal that they are about to.
     void lifecycle()
     {
-        QCOMPARE(BaseApplication::windowsErrorText(u"Failed:"_s, EACCES),
-                 u"Failed: Permission denied [13]"_s);
-        QCOMPARE(BaseApplication::windowsErrorText(u"50%1"_s, 0xFFFFFFFFu),
-                 u"50%1 Unknown Error [4294967295]"_s);
-        for (int i = 0; i < 2; ++i) {
-            QTest::ignoreMessage(QtDebugMsg, "ERROR! Attempting to retrieve BaseApplication "
-                                             "instance without first allocating one!");
-            QCOMPARE(BaseApplication::instance(), nullptr);
-        }
+        QTest::ignoreMessage(QtDebugMsg, "ERROR! Attempting to retrieve BaseApplication instance "
+                                         "without first allocating one!");
+        QCOMPARE(BaseApplication::instance(), nullptr);
         QPointer<QObject> kept = new QObject;
         QPointer<QObject> deletedEarly = new QObject;
         QPointer<QObject> fromThread = new QObject;
@@ -38,15 +29,6 @@ private slots:
         {
             BaseApplication application(u"Test"_s, u"1"_s, m_argc, m_argv);
             QCOMPARE(BaseApplication::instance(), &application);
-            bool inLoop = false;
-            QTimer::singleShot(0, &application, [&] {
-                inLoop = application.isInEventLoop();
-                application.slotTryQuitting();
-            });
-            QVERIFY(!application.isInEventLoop());
-            QCOMPARE(application.exec(), 0);
-            QVERIFY(inLoop && !application.isInEventLoop());
-
             connect(&application, &BaseApplication::signalPrepareForDestruction, this,
                     [&] { keptAliveWhenPrepared = !kept.isNull(); });
             application.deleteBeforeShutdown(kept);
