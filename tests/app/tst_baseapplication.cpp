@@ -4,6 +4,8 @@
 #include <QTest>
 #include <QThread>
 
+#include <cerrno>
+
 using namespace Qt::StringLiterals;
 
 // The application object must come and go inside the case, so the test makes its own.
@@ -19,6 +21,10 @@ private slots:
     // At shutdown the registered objects go, after the signal that they are about to.
     void lifecycle()
     {
+        QCOMPARE(BaseApplication::windowsErrorText(u"Failed:"_s, EACCES),
+                 u"Failed: Permission denied [13]"_s);
+        QCOMPARE(BaseApplication::windowsErrorText(u"50%1"_s, 0xFFFFFFFFu),
+                 u"50%1 Unknown Error [4294967295]"_s);
         QTest::ignoreMessage(QtDebugMsg, "ERROR! Attempting to retrieve BaseApplication instance "
                                          "without first allocating one!");
         QCOMPARE(BaseApplication::instance(), nullptr);
