@@ -46,6 +46,7 @@ private slots:
         QVERIFY(putFile(home.path(u".local/share/applications/record-mail.desktop"_s),
                         "[Desktop Entry]\nType=Application\nName=Mail Recorder\nExec="
                             + recorder.toUtf8() + " %u\nMimeType=x-scheme-handler/mailto;\n"));
+        // The mail default beside it, so the user's mimeapps.list is the product's alone.
         QVERIFY(putFile(home.path(u".local/share/applications/mimeapps.list"_s),
                         "[Default Applications]\nx-scheme-handler/mailto=record-mail.desktop\n"));
 
