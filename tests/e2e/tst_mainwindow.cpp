@@ -1,8 +1,9 @@
 #include "AccessibleProgram.h"
-#include "TestEnvironment.h"
+#include "ProductHome.h"
 #include "XvfbServer.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QTest>
 #include <QUrlQuery>
@@ -28,21 +29,16 @@ class tst_MainWindow : public QObject
     Q_OBJECT
 
 private slots:
-    // One session on three screens: the window opens centred after loading; Edit > Copy Report
-    // and File > Email Report... hand over the headless report; the Display page's workaround
-    // buttons write and remove the user's environment.d line; the System page's benchmark runs in
-    // the folder typed into its "Choose Location" dialog and shows its figures; File > Quit ends
-    // it.
     void sessionFromOpeningToQuit()
     {
-        TestEnvironment home;
+        ProductHome home;
+        QVERIFY(home.isValid() && home.prepare());
         // The narrow second screen gives the Display page errors, so it is the page shown first.
         XvfbServer x({u"1920x1080"_s, u"1000x700"_s, u"1366x720"_s});
         const QString ours = home.path(u".config/environment.d/60-corvanta-support.conf"_s);
         QVERIFY(putFile(ours, "# kept\nEDITOR=vi\n"));
         const QString location = home.path(u"bench"_s);
         QVERIFY(QDir().mkpath(location));
-        // A mail program of our own, registered the freedesktop way, writes down what it gets.
         const QString received = home.path(u"received.txt"_s);
         const QString recorder = home.path(u"bin/record-mail"_s);
         QVERIFY(putFile(recorder, "#!/bin/sh\nprintf '%s' \"$1\" > '" + received.toUtf8() + "'\n"));
@@ -50,26 +46,17 @@ private slots:
         QVERIFY(putFile(home.path(u".local/share/applications/record-mail.desktop"_s),
                         "[Desktop Entry]\nType=Application\nName=Mail Recorder\nExec="
                             + recorder.toUtf8() + " %u\nMimeType=x-scheme-handler/mailto;\n"));
-        QVERIFY(putFile(home.path(u".config/mimeapps.list"_s),
+        // The mail default beside it, so the user's mimeapps.list is the product's alone.
+        QVERIFY(putFile(home.path(u".local/share/applications/mimeapps.list"_s),
                         "[Default Applications]\nx-scheme-handler/mailto=record-mail.desktop\n"));
 
         AccessibleProgram widgets;
-        QProcess program;
-        program.setProcessEnvironment(x.environment());
-        program.setProcessChannelMode(QProcess::ForwardedChannels);
-        program.start(QStringLiteral(CORVANTA_SUPPORT_BINARY), {});
-        // The 300-pixel-wide window of the same title is the loading dialog.
-        XvfbServer::Window main;
-        const auto mainShown = [&] {
-            for (const XvfbServer::Window& window : x.visibleWindows(u"^Corvanta Support$"_s)) {
-                if (window.geometry.width() != 300)
-                    main = window;
-            }
-            return !main.id.isEmpty();
-        };
-        QVERIFY2(QTest::qWaitFor(mainShown, 30000), "the main window never appeared");
-        QCOMPARE(main.geometry, QRect(480, 270, 960, 540));
-        QCOMPARE(x.visibleWindows(u"^Corvanta Support$"_s).size(), 1);
+        const QString main = x.startMainWindow();
+        QVERIFY2(!main.isEmpty(), "the main window never appeared");
+        // Centred, and the loading dialog of the same title gone.
+        const QList<XvfbServer::Window> shown = x.visibleWindows(u"^Corvanta Support$"_s);
+        QCOMPARE(shown.size(), 1);
+        QCOMPARE(shown.first().geometry, QRect(480, 270, 960, 540));
 
         QProcess report;
         report.setProcessEnvironment(x.environment());
@@ -82,13 +69,13 @@ private slots:
                               "3. Screen 3 is too short.\n\n"_s));
 
         // From the open File menu, Right moves to Edit, whose first entry is Copy Report.
-        x.keys({u"Right"_s, u"Down"_s, u"Return"_s}, main.id);
+        x.keys({u"Right"_s, u"Down"_s, u"Return"_s}, main);
         QString copied;
         QVERIFY(QTest::qWaitFor([&] { return !(copied = x.clipboard()).isEmpty(); }, 10000));
         // The X tool's output comes back trimmed.
         QCOMPARE(afterFirstLine(copied).trimmed(), afterFirstLine(headless).trimmed());
 
-        x.keys({u"Down"_s, u"Down"_s, u"Return"_s}, main.id);
+        x.keys({u"Down"_s, u"Down"_s, u"Return"_s}, main);
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(received), 15000);
         QTest::qWait(200);
         const QUrl url(QString::fromUtf8(fileBytes(received)));
@@ -100,12 +87,9 @@ private slots:
         const auto press = [&](const QString& role, const QString& name) {
             return QTest::qWaitFor([&] { return widgets.click(x, role, name); }, 20000);
         };
-        const auto applied = [&] {
-            return fileBytes(ours).contains("QT_AUTO_SCREEN_SCALE_FACTOR=0\n");
-        };
         QVERIFY(press(u"push button"_s, u"Apply DPI Workaround"_s));
-        QTRY_VERIFY_WITH_TIMEOUT(applied(), 10000);
-        QVERIFY(fileBytes(ours).startsWith("# kept\nEDITOR=vi\n"));
+        QTRY_VERIFY_WITH_TIMEOUT(fileBytes(ours).contains("QT_AUTO_SCREEN_SCALE_FACTOR=0\n"),
+                                 10000);
         QVERIFY(press(u"push button"_s, u"Remove DPI Workaround"_s));
         QTRY_COMPARE_WITH_TIMEOUT(fileBytes(ours), QByteArray("# kept\nEDITOR=vi\n"), 10000);
 
@@ -122,7 +106,7 @@ private slots:
         x.keys({u"Return"_s});
         QVERIFY(QTest::qWaitFor([&] { return !open(); }, 10000));
 
-        // The benchmark works in a temporary folder of its own there and removes it when done.
+        // The benchmark works in a temporary folder there.
         const auto busy = [&] {
             return !QDir(location).isEmpty(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden);
         };
@@ -130,16 +114,55 @@ private slots:
         QVERIFY2(QTest::qWaitFor([&] { return !busy(); }, 240000), "the benchmark never ended");
 
         const auto copy = [&] {
-            x.keys({u"Right"_s, u"Down"_s, u"Return"_s}, main.id);
+            x.keys({u"Right"_s, u"Down"_s, u"Return"_s}, main);
             return (copied = x.clipboard()).contains(u"RANDOM_SEEK min="_s);
         };
         QVERIFY2(QTest::qWaitFor(copy, 20000), qPrintable(copied.right(500)));
         QVERIFY(copied.contains(location + u"\nCREATE min="_s));
-        QVERIFY(!copied.contains(u"failed"_s));
 
-        x.keys({u"Up"_s, u"Return"_s}, main.id);
-        QVERIFY2(program.waitForFinished(10000), "the program did not quit from its File menu");
-        QCOMPARE(program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1, 0);
+        // The page's text and its enabled buttons by the start of their names.
+        QVERIFY(press(u"page tab"_s, u"Corvanta"_s));
+        const auto page = [&] {
+            QString enabled;
+            for (const auto& item : widgets.items()) {
+                if (item.role == u"push button"_s && item.enabled)
+                    enabled += item.name.left(8) + ' ';
+            }
+            return widgets.find(u"label"_s, u"Application Data:"_s).name + '|' + enabled;
+        };
+        QTRY_VERIFY2_WITH_TIMEOUT(
+            page().contains(u"(User):\n.cvd      Remove\n"_s)
+                && page().endsWith(u"|Remove A Repair P Remove P Remove A "_s),
+            qPrintable(page()), 20000);
+
+        QVERIFY(press(u"push button"_s, u"Remove All Associations"_s));
+        QTRY_VERIFY_WITH_TIMEOUT(
+            fileBytes(home.userMimeapps()) == ProductHome::mimeappsWithoutProduct, 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(page().endsWith(u"(User):\n\n|Repair P Remove P Remove A "_s),
+                                 20000);
+
+        QVERIFY(press(u"push button"_s, u"Repair Preferences"_s));
+        QTRY_VERIFY_WITH_TIMEOUT(fileBytes(home.preferences()) == ProductHome::repairedPreferences,
+                                 20000);
+
+        QVERIFY(press(u"push button"_s, u"Remove Preferences"_s));
+        QTRY_VERIFY_WITH_TIMEOUT(page().endsWith(u"|Repair P Remove A "_s), 20000);
+        QVERIFY(!QFileInfo::exists(home.preferences()));
+        QVERIFY(trashList().contains(' ' + home.preferences() + '\n'));
+
+        QVERIFY(press(u"push button"_s, u"Remove All Application Data"_s));
+        QTRY_VERIFY_WITH_TIMEOUT(page().endsWith(u"|Repair P "_s), 20000);
+        QVERIFY(page().contains("\nApplication Data:   " + home.dataFolder()
+                                + " - Does Not Exist Remove\n"));
+        const QString listed = trashList();
+        QCOMPARE(listed.count(home.path(QString())), 3);
+        QVERIFY2(listed.contains(' ' + home.dataFolder() + '\n')
+                     && listed.contains(' ' + home.path(u".cache/Corvanta"_s) + '\n'),
+                 qPrintable(listed));
+
+        x.keys({u"Up"_s, u"Return"_s}, main);
+        QVERIFY2(x.program().waitForFinished(10000), "the program did not quit from its File menu");
+        QCOMPARE(x.program().exitStatus() == QProcess::NormalExit ? x.program().exitCode() : -1, 0);
     }
 };
 

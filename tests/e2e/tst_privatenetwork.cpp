@@ -1,16 +1,22 @@
+#include "BasicTextProcessor.h"
 #include "PrivateNamespace.h"
 #include "ProductHome.h"
+#include "SupportApplication.h"
+#include "SupportMainWindow.h"
 #include "SupportSystemData.h"
 #include "SupportSystemTab.h"
 #include "XvfbServer.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QHostAddress>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMenuBar>
+#include <QPushButton>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QSysInfo>
@@ -22,12 +28,32 @@
 
 #include <unistd.h>
 
+#include <cstdio>
+#include <cstring>
+
 using namespace Qt::StringLiterals;
 
 namespace {
 
-// The machine as the tests make it: a host name and addresses of its own, through a hosts file,
-// and the address service's and the probe's host names on a loopback server that never answers.
+const char windowTexts[] = "--window-texts";
+
+// The child: prints the window's texts in the language of its environment, one group a line.
+int printUserTexts(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    SupportApplication application(argc, argv);
+    const SupportMainWindow window;
+    QStringList menus;
+    for (const QAction* menu : window.menuBar()->actions())
+        menus << menu->text();
+    const QDialogButtonBox buttons(QDialogButtonBox::Cancel);
+    const QStringList lines{menus.join('|'), BasicTextProcessor::formatBytes(1),
+                            buttons.button(QDialogButtonBox::Cancel)->text()};
+    std::fputs(qPrintable(lines.join('\n') + '\n'), stdout);
+    return 0;
+}
+
+// The address service's and the probe's host names lead to a loopback server that never answers.
 const QByteArray hostName = "qa-bench-7.example.net";
 const QByteArray hosts = "127.0.0.1 localhost\n10.9.8.7 qa-bench-7.example.net qa-bench-7\n"
                          "fd00::a1:7 qa-bench-7.example.net qa-bench-7\n"
@@ -37,21 +63,30 @@ struct Run
 {
     int exitCode = -1;
     QByteArray output;
+    QString errors;
 };
 
+// The report program, or for the window's texts a child of this suite.
 Run report(const QStringList& arguments,
-           QProcessEnvironment environment = QProcessEnvironment::systemEnvironment())
+           QProcessEnvironment environment = QProcessEnvironment::systemEnvironment(),
+           const QString& outputFile = {})
 {
     // A closed proxy, so the report does not wait for the silent server.
     for (const QString& name : {u"http_proxy"_s, u"https_proxy"_s})
         environment.insert(name, u"http://127.0.0.1:9"_s);
     QProcess program;
     program.setProcessEnvironment(environment);
-    program.start(QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY), arguments);
+    if (!outputFile.isEmpty())
+        program.setStandardOutputFile(outputFile);
+    program.start(arguments.value(0) == QLatin1String(windowTexts)
+                      ? QCoreApplication::applicationFilePath()
+                      : QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY),
+                  arguments);
     Run run;
     if (program.waitForFinished(60000) && program.exitStatus() == QProcess::NormalExit)
         run.exitCode = program.exitCode();
     run.output = program.readAllStandardOutput();
+    run.errors = QString::fromUtf8(program.readAllStandardError());
     return run;
 }
 
@@ -117,10 +152,7 @@ QStringList spellings(const QString& value)
 } // namespace
 
 // The programs in a namespace of their own, where the machine has a host name and addresses the
-// test knows, and whose TLS endpoints take a connection and never answer. The report as data:
-// the JSON beside the pages it comes from, the saved bundle, the redaction and the comparison
-// with an earlier report. The silent network: the window must still open, and a System refresh
-// must not hold the GUI thread.
+// test knows, and whose TLS endpoints never answer.
 class tst_PrivateNetwork : public QObject
 {
     Q_OBJECT
@@ -133,13 +165,11 @@ class tst_PrivateNetwork : public QObject
 private slots:
     void initTestCase()
     {
-        QVERIFY2(inPrivateNamespace(), "not in a private namespace");
         QVERIFY(m_home.isValid() && m_files.isValid());
         QVERIFY(bringLoopbackUp());
         QCOMPARE(::sethostname(hostName.constData(), size_t(hostName.size())), 0);
         QVERIFY(putFile(m_files.filePath(u"hosts"_s), hosts));
         QVERIFY(bindFile(m_files.filePath(u"hosts"_s), u"/etc/hosts"_s));
-        // Connections are taken and kept, and nothing is ever written to them.
         QVERIFY(m_server.listen(QHostAddress(u"127.0.0.2"_s), 443));
         connect(&m_server, &QTcpServer::newConnection, this, [this] {
             while (QTcpSocket* socket = m_server.nextPendingConnection())
@@ -150,9 +180,92 @@ private slots:
             qunsetenv(name);
     }
 
-    // One run saves its bundle and prints its JSON: the files check out, the JSON follows the
-    // schema, its sections are the text's pages, and every field stands on its line. A
-    // redacted run's bundle then holds none of the values that name the machine.
+    // The report program as a shell user meets it, without a display, in the language of LANG.
+    void answers_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("lang");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QStringList>("output"); // patterns it matches; none: it is empty
+        QTest::addColumn<QString>("errorLine");
+        const auto row = [](const char* name, const QStringList& arguments, int exitCode,
+                            const QStringList& output, const QString& errorLine = {},
+                            const QString& lang = u"C"_s) {
+            QTest::newRow(name) << arguments << lang << exitCode << output << errorLine;
+        };
+        row("--help", {u"--help"_s}, 0,
+            {u"^Usage: "_s, u"\n  2  the command line was not understood;\n"_s});
+        row("a value for a switch", {u"--version=2"_s}, 2, {},
+            u"Unexpected value after '--version'; see --help"_s);
+        row("unknown option with a value", {u"--colour=auto"_s}, 2, {},
+            u"unknown argument \"--colour=auto\"; see --help"_s);
+        row("unknown format", {u"--format=xml"_s}, 2, {},
+            u"unknown format \"xml\"; use text or json; see --help"_s);
+        row("differences as json", {u"--diff"_s, u"a.json"_s, u"--format"_s, u"json"_s}, 2, {},
+            u"--diff prints text; leave out --format json"_s);
+        row("a third report", {u"--diff"_s, u"a.json"_s, u"b.json"_s, u"c.json"_s}, 2, {},
+            u"unknown argument \"c.json\"; see --help"_s);
+        row("saving a later file", {u"--save=/tmp"_s, u"--diff=a.json"_s, u"b.json"_s}, 2, {},
+            u"--save saves this machine's report; leave out LATER"_s);
+        row("no earlier report", {u"--diff=/nonexistent/a.json"_s}, 2, {},
+            u"/nonexistent/a.json: No such file or directory"_s);
+        row("no JSON to compare", {u"--diff"_s, u"/dev/null"_s}, 2, {},
+            u"/dev/null: not JSON (illegal value at byte 0)"_s);
+        row("another tool's JSON",
+            {u"--diff"_s, QStringLiteral(CORVANTA_SOURCE_DIR "/app/report.schema.json")}, 2, {},
+            QStringLiteral(CORVANTA_SOURCE_DIR
+                           "/app/report.schema.json: not a Corvanta Support report"));
+        row("help to a full disk", {u"--help"_s}, 1, {}, u"cannot write: "_s);
+        row("report to a full disk", {}, 1, {}, u"cannot write the report"_s);
+        row("German help", {u"--help"_s}, 0,
+            {u"Diese Hilfe anzeigen und beenden\\."_s, u"\nExit-Status:\n"_s}, {},
+            u"de_DE.UTF-8"_s);
+        // In English for support whatever the user's language; no made-up screen.
+        row("German report", {}, 0,
+            {u"^Generated: "_s,
+             u"\nDisplay\n\nNo display server could be reached, so there are no screens to "
+             "describe\\.\n+="_s,
+             u"={50}\nSystem\n\nOperating System:   [^=]*\nWinInet:            Error\n[^=]*\n$"_s},
+            {}, u"de_DE.UTF-8"_s);
+        // Qt has French texts, the program has none: nothing may mix two languages.
+        const QString window = QString::fromLatin1(windowTexts);
+        row("German window", {window}, 0, {u"^Datei\\|Bearbeiten\\|Hilfe\n1 Byte\nAbbrechen\n$"_s},
+            {}, u"de_DE.UTF-8"_s);
+        row("French window", {window}, 0, {u"^File\\|Edit\\|Help\n1 byte\nCancel\n$"_s}, {},
+            u"fr_FR.UTF-8"_s);
+    }
+
+    void answers()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, lang);
+        QFETCH(int, exitCode);
+        QFETCH(QStringList, output);
+        QFETCH(QString, errorLine);
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const QString& name : {u"LC_ALL"_s, u"LC_MESSAGES"_s, u"LANGUAGE"_s, u"DISPLAY"_s,
+                                    u"WAYLAND_DISPLAY"_s, u"QT_QPA_PLATFORM"_s})
+            environment.remove(name);
+        environment.insert(u"LANG"_s, lang);
+        // Exit status 1: the output could not be written.
+        const Run run = report(arguments, environment, exitCode == 1 ? u"/dev/full"_s : QString());
+        QCOMPARE(run.exitCode, exitCode);
+
+        const QString text = QString::fromUtf8(run.output);
+        QVERIFY2(output.isEmpty() == text.isEmpty(), qPrintable(text));
+        for (const QString& pattern : std::as_const(output))
+            QVERIFY2(QRegularExpression(pattern).match(text).hasMatch(),
+                     qPrintable(pattern + u"\n---\n"_s + text));
+        // Qt's own warnings may come too; the program's lines name it.
+        const QStringList errors = run.errors.split('\n', Qt::SkipEmptyParts)
+                                       .filter(u"corvanta-support-report"_s)
+                                       .replaceInStrings(u"corvanta-support-report: "_s, QString());
+        QCOMPARE(errors.size(), errorLine.isEmpty() ? 0 : 1);
+        QVERIFY2(errors.join('\n').startsWith(errorLine), qPrintable(errors.join('\n')));
+    }
+
+    // The saved bundle checks out, the JSON follows the schema and every field stands on its line
+    // of the text; a redacted bundle holds none of the values that name the machine.
     void savedBundles()
     {
         QVERIFY(m_home.prepare());
@@ -163,9 +276,6 @@ private slots:
         const Run run = report({u"--format"_s, u"json"_s, u"--save"_s, parent}, x.environment());
         QCOMPARE(run.exitCode, 0);
         const QString folder = savedFolder(parent);
-        QCOMPARE(
-            QDir(folder).entryList(QDir::Files),
-            (QStringList{u"report.json"_s, u"report.png"_s, u"report.txt"_s, u"SHA256SUMS"_s}));
         QCOMPARE(QProcess::execute(
                      u"sh"_s,
                      {u"-c"_s, u"cd \"$0\" && sha256sum --check --strict SHA256SUMS"_s, folder}),
@@ -209,8 +319,6 @@ private slots:
         }
         QVERIFY(fieldCount > 50);
 
-        // Every value that names the machine or its user is gone from every file of the redacted
-        // bundle and from what was printed, in every spelling.
         // The namespace's root is the user.
         QStringList values{QSysInfo::machineHostName(), u"root"_s, QDir::homePath()};
         for (const QString& label :
@@ -240,9 +348,8 @@ private slots:
         QVERIFY(outputs[u"report.txt"_s].contains(u"\nHost Name:          host-1\n"_s));
     }
 
-    // A report compared with itself shows nothing. Then the machine changes: the product gets its
-    // folder, a preference, an association and a value in environment.d, which no page shows. The
-    // differences say what changed on which page, and only that.
+    // Nothing differs from itself; then the product gets its folder, a preference, an association
+    // and a value in environment.d, which no page shows.
     void differencesSinceAnEarlierReport()
     {
         QVERIFY(m_home.prepare());
@@ -275,17 +382,15 @@ private slots:
                  "  error gone: Application Data folder not found.\n"_s.arg(home));
     }
 
-    void windowOpens()
+    // A heartbeat counts only from the GUI thread's own loop: one delivered inside a nested wait
+    // means the refresh still holds the thread, input shut out.
+    void windowAndSystemRefreshLeaveTheGuiThreadFree()
     {
-        XvfbServer x;
-        QVERIFY2(!x.startMainWindow().isEmpty(), "the main window never appeared");
-        QTRY_VERIFY2(!m_connections.isEmpty(), "the program never reached the silent server");
-    }
-
-    // A heartbeat on the GUI thread, counted only when it comes from the thread's own loop: one
-    // delivered inside a nested wait means the refresh still holds the thread, input shut out.
-    void systemRefreshLeavesTheGuiThreadFree()
-    {
+        {
+            XvfbServer x;
+            QVERIFY2(!x.startMainWindow().isEmpty(), "the main window never appeared");
+            QTRY_VERIFY2(!m_connections.isEmpty(), "the program never reached the silent server");
+        }
         SupportSystemData data;
         SupportSystemTab tab(&data);
         tab.show();
@@ -321,8 +426,7 @@ private slots:
         QVERIFY(nameServer.bind(QHostAddress(u"127.0.0.3"_s), 53));
         const QString resolver = m_files.filePath(u"resolv.conf"_s);
         QVERIFY(putFile(resolver, "nameserver 127.0.0.3\noptions timeout:8 attempts:1\n"));
-        // Namespaces of the report's own: the silent name server is for it alone, and it must ask
-        // that server for its host name, which the hosts file does not know.
+        // A host name the hosts file does not know, so the report asks the silent name server.
         QProcess report;
         report.start(u"unshare"_s, {u"-mu"_s, u"sh"_s, u"-c"_s,
                                     u"hostname unlisted && mount --bind \"$0\" /etc/resolv.conf && "
@@ -339,10 +443,10 @@ private slots:
     }
 };
 
-// Starts the suite over inside "unshare -rmnu", where it may name the host, bind a hosts file over
-// /etc/hosts and serve on port 443 without touching the machine's own.
 int main(int argc, char** argv)
 {
+    if (argc == 2 && std::strcmp(argv[1], windowTexts) == 0)
+        return printUserTexts(argc, argv);
     if (!enterPrivateNamespace(argc, argv, "-rmnu"))
         return 1;
     QApplication application(argc, argv);

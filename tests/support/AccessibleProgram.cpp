@@ -12,8 +12,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QVariant call(const QDBusConnection& bus, const std::pair<QString, QString>& node,
-              const QString& method, const QVariantList& arguments = {})
+using Node = std::pair<QString, QString>; // service, object path
+
+QVariant call(const QDBusConnection& bus, const Node& node, const QString& method,
+              const QVariantList& arguments = {})
 {
     const qsizetype dot = method.lastIndexOf('.');
     QDBusMessage message = QDBusMessage::createMethodCall(node.first, node.second, method.left(dot),
@@ -33,6 +35,52 @@ QString accessibilityBusAddress()
         .toString();
 }
 
+QVariant property(const QDBusConnection& bus, const Node& node, const QString& name)
+{
+    return call(bus, node, u"org.freedesktop.DBus.Properties.Get"_s,
+                {u"org.a11y.atspi.Accessible"_s, name})
+        .value<QDBusVariant>()
+        .variant();
+}
+
+QList<Node> children(const QDBusConnection& bus, const Node& node)
+{
+    QList<Node> result;
+    const auto list =
+        call(bus, node, u"org.a11y.atspi.Accessible.GetChildren"_s).value<QDBusArgument>();
+    list.beginArray();
+    while (!list.atEnd()) {
+        QString service;
+        QDBusObjectPath path;
+        list.beginStructure();
+        list >> service >> path;
+        list.endStructure();
+        result.append({service, path.path()});
+    }
+    list.endArray();
+    return result;
+}
+
+void walk(const QDBusConnection& bus, const Node& node, QList<AccessibleProgram::Item>& found)
+{
+    const auto states =
+        qdbus_cast<QList<uint>>(call(bus, node, u"org.a11y.atspi.Accessible.GetState"_s));
+    if (states.isEmpty() || !(states.first() & (1u << 25))) // not showing
+        return;
+    const auto box =
+        call(bus, node, u"org.a11y.atspi.Component.GetExtents"_s, {QVariant::fromValue(0u)})
+            .value<QDBusArgument>();
+    int x = 0, y = 0, width = 0, height = 0;
+    box.beginStructure();
+    box >> x >> y >> width >> height;
+    box.endStructure();
+    found.append({call(bus, node, u"org.a11y.atspi.Accessible.GetRoleName"_s).toString(),
+                  property(bus, node, u"Name"_s).toString(), QRect(x, y, width, height),
+                  (states.first() & (1u << 8)) != 0}); // enabled
+    for (const Node& child : children(bus, node))
+        walk(bus, child, found);
+}
+
 } // namespace
 
 AccessibleProgram::AccessibleProgram()
@@ -48,9 +96,9 @@ QList<AccessibleProgram::Item> AccessibleProgram::items()
 {
     QList<Item> found;
     for (const Node& node :
-         children({u"org.a11y.atspi.Registry"_s, u"/org/a11y/atspi/accessible/root"_s})) {
-        if (property(node, u"Name"_s).toString() == u"Corvanta"_s)
-            walk(node, found);
+         children(m_bus, {u"org.a11y.atspi.Registry"_s, u"/org/a11y/atspi/accessible/root"_s})) {
+        if (property(m_bus, node, u"Name"_s).toString() == u"Corvanta"_s)
+            walk(m_bus, node, found);
     }
     return found;
 }
@@ -72,49 +120,4 @@ bool AccessibleProgram::click(const XvfbServer& x, const QString& role, const QS
            && x.run(u"xdotool"_s, {u"mousemove"_s, QString::number(centre.x()),
                                    QString::number(centre.y()), u"click"_s, u"1"_s})
                   .isEmpty();
-}
-
-QVariant AccessibleProgram::property(const Node& node, const QString& name)
-{
-    return call(m_bus, node, u"org.freedesktop.DBus.Properties.Get"_s,
-                {u"org.a11y.atspi.Accessible"_s, name})
-        .value<QDBusVariant>()
-        .variant();
-}
-
-QList<AccessibleProgram::Node> AccessibleProgram::children(const Node& node)
-{
-    QList<Node> result;
-    for (int i = 0, count = property(node, u"ChildCount"_s).toInt(); i < count; ++i) {
-        const auto child = call(m_bus, node, u"org.a11y.atspi.Accessible.GetChildAtIndex"_s, {i})
-                               .value<QDBusArgument>();
-        Node next;
-        QDBusObjectPath path;
-        child.beginStructure();
-        child >> next.first >> path;
-        child.endStructure();
-        next.second = path.path();
-        result.append(next);
-    }
-    return result;
-}
-
-void AccessibleProgram::walk(const Node& node, QList<Item>& found)
-{
-    const auto states =
-        qdbus_cast<QList<uint>>(call(m_bus, node, u"org.a11y.atspi.Accessible.GetState"_s));
-    if (states.isEmpty() || !(states.first() & (1u << 25))) // not showing
-        return;
-    const auto box =
-        call(m_bus, node, u"org.a11y.atspi.Component.GetExtents"_s, {QVariant::fromValue(0u)})
-            .value<QDBusArgument>();
-    int x = 0, y = 0, width = 0, height = 0;
-    box.beginStructure();
-    box >> x >> y >> width >> height;
-    box.endStructure();
-    found.append({call(m_bus, node, u"org.a11y.atspi.Accessible.GetRoleName"_s).toString(),
-                  property(node, u"Name"_s).toString(), QRect(x, y, width, height),
-                  (states.first() & (1u << 8)) != 0}); // enabled
-    for (const Node& child : children(node))
-        walk(child, found);
 }

@@ -32,11 +32,5 @@ public:
     bool click(const XvfbServer& x, const QString& role, const QString& name);
 
 private:
-    using Node = std::pair<QString, QString>; // service, object path
-
-    QVariant property(const Node& node, const QString& name);
-    QList<Node> children(const Node& node);
-    void walk(const Node& node, QList<Item>& found);
-
     QDBusConnection m_bus;
 };

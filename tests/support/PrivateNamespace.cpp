@@ -17,7 +17,7 @@ const char insideVariable[] = "CORVANTA_PRIVATE_NAMESPACE";
 
 bool enterPrivateNamespace(int argc, char** argv, const char* flags)
 {
-    if (inPrivateNamespace())
+    if (qEnvironmentVariableIsSet(insideVariable))
         return true;
     char self[PATH_MAX] = {};
     if (::readlink("/proc/self/exe", self, sizeof self - 1) < 0) {
@@ -32,11 +32,6 @@ bool enterPrivateNamespace(int argc, char** argv, const char* flags)
     ::execvp("unshare", arguments.data());
     std::perror("unshare");
     return false;
-}
-
-bool inPrivateNamespace()
-{
-    return qEnvironmentVariableIsSet(insideVariable);
 }
 
 bool bringLoopbackUp()

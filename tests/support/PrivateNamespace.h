@@ -6,7 +6,6 @@
 // files, serve on any port and name its host without touching the machine. Returns true inside;
 // outside it returns only when unshare cannot be started.
 bool enterPrivateNamespace(int argc, char** argv, const char* flags);
-bool inPrivateNamespace();
 
 // A new network namespace starts with its loopback interface down.
 bool bringLoopbackUp();

@@ -27,6 +27,7 @@ public:
     QList<Window> visibleWindows(const QString& titlePattern) const;
     // Starts the program here, ended with the server; focuses its main window and returns its id.
     QString startMainWindow();
+    QProcess& program() { return m_program; }
     // Presses keys in the focused window, or in the File menu of the given one.
     void keys(const QStringList& names, const QString& menuWindow = {}) const;
     QString clipboard() const;
