@@ -119,6 +119,7 @@ private slots:
         };
         QVERIFY2(QTest::qWaitFor(copy, 20000), qPrintable(copied.right(500)));
         QVERIFY(copied.contains(location + u"\nCREATE min="_s));
+        QVERIFY(!copied.contains(u"failed"_s));
 
         // The page's text and its enabled buttons by the start of their names.
         QVERIFY(press(u"page tab"_s, u"Corvanta"_s));
