@@ -1,6 +1,7 @@
 #include "FileDirTools.h"
 #include "MessageLog.h"
 #include "ProductHome.h"
+#include "RegistryTools.h"
 #include "ReportFragments.h"
 #include "RunAsNobody.h"
 #include "SettingsRepair.h"
@@ -178,6 +179,9 @@ private slots:
                 return;
             }
             QVERIFY(putFile(file = tiny + u"/Corvanta.ini"_s, ProductHome::preferencesText));
+            // The associations file is written with the same care.
+            qputenv("XDG_CONFIG_HOME", tiny.toUtf8());
+            QVERIFY(putFile(tiny + u"/mimeapps.list"_s, ProductHome::mimeapps));
             QFile filler(tiny + u"/filler"_s);
             QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
             while (filler.write(QByteArray(512, 'x')) == 512) {
@@ -193,6 +197,11 @@ private slots:
         QCOMPARE(QDir(QFileInfo(file).absolutePath()).entryList(QDir::Files).filter(u"Corvanta"_s),
                  QStringList{QFileInfo(file).fileName()});
         QCOMPARE(logged(log).size(), 1);
+        if (how == u"full"_s) {
+            QVERIFY(!removeProductAssociation(u".cvd"_s, u"Corvanta"_s, false));
+            QCOMPARE(fileBytes(QFileInfo(file).absolutePath() + u"/mimeapps.list"_s),
+                     ProductHome::mimeapps);
+        }
     }
 
     // Every entry below the product's folders, each once; links are not followed, unreadable
