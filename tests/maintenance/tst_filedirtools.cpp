@@ -1,5 +1,6 @@
 #include "FileDirTools.h"
 #include "MessageLog.h"
+#include "PrivateNamespace.h"
 #include "ProductHome.h"
 #include "RunAsNobody.h"
 #include "TempFileName.h"
@@ -152,6 +153,22 @@ private slots:
         QVERIFY(!::moveFile(u"/proc/self/mem"_s, path(u"memory.bin"_s), &error));
         QCOMPARE(error, u"Could not rename file."_s);
         QCOMPARE(log.messages().last(), u"Could not read input file. Input/output error"_s);
+    }
+
+    // A copy to another file system that runs out of space keeps the source whole.
+    void moveToAFullFileSystem()
+    {
+        const QString tiny = tinyFileSystem();
+        if (tiny.isEmpty()) {
+            QCOMPARE(runWithTinyFileSystem(u"moveToAFullFileSystem"_s), 0);
+            return;
+        }
+        const QByteArray bytes(64 * 1024, 'x');
+        QVERIFY(putFile(path(oddName), bytes));
+        QString error;
+        QVERIFY(!::moveFile(path(oddName), tiny + u"/moved"_s, &error));
+        QCOMPARE(error, u"Could not rename file."_s);
+        QCOMPARE(fileBytes(path(oddName)), bytes);
     }
 
     // A link goes; what it points at stays as it was. Root writes to read-only files anyway, so

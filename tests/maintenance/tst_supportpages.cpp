@@ -1,5 +1,6 @@
 #include "FileDirTools.h"
 #include "MessageLog.h"
+#include "PrivateNamespace.h"
 #include "ProductHome.h"
 #include "RegistryTools.h"
 #include "ReportFragments.h"
@@ -15,7 +16,6 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
-#include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QScopeGuard>
@@ -166,16 +166,10 @@ private slots:
             QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         });
         if (how == u"full"_s) {
-            // Again in a private mount namespace, where a file system of 8 KiB is about to fill.
-            const QString tiny = qEnvironmentVariable("CORVANTA_TINY_FS");
+            // Again where a file system of 8 KiB is about to fill.
+            const QString tiny = tinyFileSystem();
             if (tiny.isEmpty()) {
-                QCOMPARE(
-                    QProcess::execute(u"unshare"_s, {u"-rm"_s, u"sh"_s, u"-c"_s,
-                                                     u"mount -t tmpfs -o size=8k tmpfs /mnt && "
-                                                     "CORVANTA_TINY_FS=/mnt exec \"$0\" \"$1\""_s,
-                                                     QCoreApplication::applicationFilePath(),
-                                                     u"repairSettingsFile:full file system"_s}),
-                    0);
+                QCOMPARE(runWithTinyFileSystem(u"repairSettingsFile:full file system"_s), 0);
                 return;
             }
             QVERIFY(putFile(file = tiny + u"/Corvanta.ini"_s, ProductHome::preferencesText));

@@ -1,6 +1,8 @@
 #include "PrivateNamespace.h"
 
+#include <QCoreApplication>
 #include <QFile>
+#include <QProcess>
 
 #include <net/if.h>
 #include <sys/ioctl.h>
@@ -53,4 +55,18 @@ bool bindFile(const QString& file, const QString& target)
     return ::mount(QFile::encodeName(file).constData(), QFile::encodeName(target).constData(),
                    nullptr, MS_BIND, nullptr)
            == 0;
+}
+
+QString tinyFileSystem()
+{
+    return qEnvironmentVariable("CORVANTA_TINY_FS");
+}
+
+int runWithTinyFileSystem(const QString& testFunction)
+{
+    return QProcess::execute(QStringLiteral("unshare"),
+                             {QStringLiteral("-rm"), QStringLiteral("sh"), QStringLiteral("-c"),
+                              QStringLiteral("mount -t tmpfs -o size=8k tmpfs /mnt && "
+                                             "CORVANTA_TINY_FS=/mnt exec \"$0\" \"$1\""),
+                              QCoreApplication::applicationFilePath(), testFunction});
 }

@@ -11,3 +11,10 @@ bool enterPrivateNamespace(int argc, char** argv, const char* flags);
 bool bringLoopbackUp();
 // Puts the file in the place of target, such as /etc/hosts, for this namespace only.
 bool bindFile(const QString& file, const QString& target);
+
+// Inside the run below: the folder of a file system of 8 KiB, mounted for this process only.
+// Empty elsewhere.
+QString tinyFileSystem();
+// Runs one test function of this executable (with ":row" when it has rows) again in a private
+// mount namespace where tinyFileSystem() is set; returns that run's exit status.
+int runWithTinyFileSystem(const QString& testFunction);
