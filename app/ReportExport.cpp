@@ -1,5 +1,6 @@
 #include "ReportExport.h"
 
+#include "MailHandler.h"
 #include "ReportBundle.h"
 #include "ReportDocument.h"
 
@@ -8,10 +9,12 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QScreen>
+#include <QStandardPaths>
 #include <QUrl>
 #include <QUrlQuery>
 #include <QWidget>
@@ -77,14 +80,25 @@ QString reportFolderName(const QDateTime& now)
            + now.toUTC().toString(Qt::ISODate).remove(QLatin1Char(':'));
 }
 
-void saveReport(const SupportDataMap& table)
+QString saveReport(const SupportDataMap& table)
 {
+    const auto tr = [](const char* text) {
+        return QCoreApplication::translate("ReportExport", text);
+    };
     const QString parent = QFileDialog::getExistingDirectory(
-        nullptr, QCoreApplication::translate("ReportExport", "Select Folder"), desktopFolder(),
+        nullptr, tr("Select Folder"), desktopFolder(),
         QFileDialog::ShowDirsOnly | QFileDialog::DontResolveSymlinks);
     if (parent.isEmpty())
-        return;
-    saveReportTo(table, parent);
+        return tr("Report not saved: no folder was chosen.");
+    QString folder;
+    if (saveReportBundle(parent, QDateTime::currentDateTimeUtc(), reportText(table),
+                         reportPicture(table), {}, &folder))
+        return tr("Report saved in %1").arg(QDir::toNativeSeparators(folder));
+    if (!QFileInfo(folder).isDir())
+        return tr("Report not saved: no folder can be made in %1.")
+            .arg(QDir::toNativeSeparators(parent));
+    return tr("Report not saved in full: its files cannot be written in %1.")
+        .arg(QDir::toNativeSeparators(folder));
 }
 
 QString saveReportTo(const SupportDataMap& table, const QString& parent, const QDateTime& now)
@@ -124,18 +138,22 @@ QUrl emailUrl(const QString& report)
     return url;
 }
 
-void emailReport(const SupportDataMap& table)
+void emailReport(const SupportDataMap& table, QWidget* window)
 {
-    if (QDesktopServices::openUrl(emailUrl(reportText(table))))
-        return;
-    QMessageBox box;
-    box.setText(QCoreApplication::translate("ReportExport",
-                                            "Your email program failed to open.<br><br>Please use "
-                                            "File > Save Report and attach the files in an email "
-                                            "to %1")
-                    .arg(supportEmailAddress()));
-    box.setStyleSheet(QStringLiteral("QLabel{min-width: 550;}"));
-    box.exec();
+    const QUrl url = emailUrl(reportText(table));
+    whenMailHandlerKnown(window, [url, window](bool handled) {
+        if (handled && QDesktopServices::openUrl(url))
+            return;
+        QMessageBox box(window);
+        box.setWindowTitle(QStringLiteral("Corvanta Support"));
+        box.setText(QCoreApplication::translate(
+                        "ReportExport", "Your email program failed to open.<br><br>Please use "
+                                        "File > Save Report and attach the files in an email "
+                                        "to %1")
+                        .arg(supportEmailAddress()));
+        box.setStyleSheet(QStringLiteral("QLabel{min-width: 550;}"));
+        box.exec();
+    });
 }
 
 QImage renderWidget(QWidget* widget)
@@ -177,5 +195,6 @@ QImage stackImages(const QList<QImage>& images)
 
 QString desktopFolder()
 {
-    return QDir::homePath() + QStringLiteral("/Desktop");
+    // The desktop's own name for it, such as "Schreibtisch".
+    return QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
 }

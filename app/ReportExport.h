@@ -19,14 +19,17 @@ QString supportEmailAddress();
 QString reportText(const SupportDataMap& table);
 void copyReport(const SupportDataMap& table);
 // Asks for a folder, then writes "report.txt" and "report.png" into a new dated folder in it.
-void saveReport(const SupportDataMap& table);
+// Returns what was done, for the status bar: the folder written, or why nothing was.
+QString saveReport(const SupportDataMap& table);
 // Writes the report into the dated folder for the given time under parent; returns that folder.
 QString saveReportTo(const SupportDataMap& table, const QString& parent,
                      const QDateTime& now = QDateTime::currentDateTimeUtc());
 QString reportFolderName(const QDateTime& now);
 // Every collector's picture, one below the other, in ascending kind.
 QImage reportPicture(const SupportDataMap& table);
-void emailReport(const SupportDataMap& table);
+// Opens the mail program with the report, or says how to send it without one; window is the
+// parent of that message.
+void emailReport(const SupportDataMap& table, QWidget* window);
 // The "mailto:" URL for the support desk with the report as its body.
 QUrl emailUrl(const QString& report);
 

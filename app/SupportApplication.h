@@ -1,7 +1,9 @@
 #pragma once
 
 #include "BaseApplication.h"
+#include "SupportData.h"
 
+#include <functional>
 #include <memory>
 
 class SupportMainWindow;
@@ -19,6 +21,12 @@ public:
     void createMainWindow();
 
 private:
+    // Makes a report and returns what it did, for the status bar.
+    using ReportAction = std::function<QString(const SupportDataMap&)>;
+    // Runs the action now, or once the network's first answers are in, while a dialog that can
+    // cancel it shows the wait.
+    void whenNetworkAnswered(const QString& action, const ReportAction& report);
+
     struct Private;
     std::unique_ptr<Private> d;
 };

@@ -10,6 +10,7 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QScreen>
+#include <QStatusBar>
 
 namespace {
 
@@ -49,6 +50,8 @@ SupportMainWindow::SupportMainWindow(SupportTabs* tabs)
     setAttribute(Qt::WA_DeleteOnClose);
     d->tabs = tabs ? tabs : new SupportTabs;
     setCentralWidget(d->tabs);
+    // There from the start, so the pages do not shrink at the first message.
+    statusBar();
 }
 
 SupportMainWindow::~SupportMainWindow() = default;
@@ -56,6 +59,11 @@ SupportMainWindow::~SupportMainWindow() = default;
 SupportTabs* SupportMainWindow::tabs() const
 {
     return d->tabs;
+}
+
+void SupportMainWindow::showStatus(const QString& text)
+{
+    statusBar()->showMessage(text);
 }
 
 void SupportMainWindow::slotShowAbout()

@@ -18,6 +18,8 @@ public:
     ~SupportMainWindow() override;
 
     SupportTabs* tabs() const;
+    // Says in the status bar what an action did.
+    void showStatus(const QString& text);
 
 signals:
     void signalCopyReport();

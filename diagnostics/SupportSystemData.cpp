@@ -6,6 +6,7 @@
 #include "SystemProfile.h"
 
 #include <QDateTime>
+#include <QDeadlineTimer>
 #include <QEventLoop>
 #include <QHostInfo>
 #include <QJsonDocument>
@@ -60,11 +61,16 @@ struct SupportSystemData::Private
     QStringList localAddresses;
     std::unique_ptr<QThread> probeThread;
     bool probing = false;
-    bool addressPending = false;
     int addressRequests = 0;
     bool lookingUp = false;
     // Asked by startAhead() for the next load, which then asks nothing again.
     bool networkStarted = false;
+    // Once asked, a fact shows as "Checking..." until its first answer or the bound.
+    bool networkAsked = false;
+    bool probeKnown = false;
+    bool addressesKnown = false;
+    bool externalKnown = false;
+    QDeadlineTimer networkDeadline;
     std::unique_ptr<QThread> profileThread;
     // The first load renders on the loader's thread while answers arrive on the collector's;
     // rendering asks errors(), which takes it again.
@@ -141,48 +147,90 @@ void SupportSystemData::load()
     figures.locale = QLocale::system().name();
     figures.systemTime = QDateTime::currentDateTime().date().toString(Qt::TextDate);
 
-    // The probe and the host lookup may each hold their thread for 10 s. The loader's worker can
-    // wait for them; the GUI thread must not, so there the page shows the latest answers and is
-    // rendered again when the probe, on a thread of its own, and the lookup end.
-    const bool started = std::exchange(d->networkStarted, false);
-    if (QThread::currentThread() == thread()) {
-        QMutexLocker lock(&d->mutex);
-        figures.winInetOk = d->probeAnswered;
-        figures.localAddresses = d->localAddresses;
-        lock.unlock();
-        if (!started) {
-            startProbe();
-            lookUpLocalAddresses();
-            requestExternalAddress();
-        }
-    } else {
-        requestExternalAddress();
-        if (const QSharedPointer<SystemProfile> profile = SystemProfile::instance())
-            figures.localAddresses = sorted(profile->localAddresses());
-        figures.winInetOk = probeConnectivity(d->probeUrl);
-        QMutexLocker lock(&d->mutex);
-        d->probeAnswered = figures.winInetOk;
-        d->localAddresses = figures.localAddresses;
-    }
+    // The network's answers come on the collector's thread, each in its own time; the page shows
+    // "Checking..." until they do, so nothing here waits for them.
+    if (!std::exchange(d->networkStarted, false))
+        startNetwork();
 
     QString& listing = fileSystemsText();
     if (listing.isEmpty())
         listing = fileSystemListing();
     figures.fileSystems = listing;
 
-    setFigures(figures);
+    // The answers in so far, taken under the same lock that renders them.
+    QMutexLocker lock(&d->mutex);
+    figures.winInetOk = d->probeAnswered;
+    figures.localAddresses = d->localAddresses;
+    d->figures = figures;
     render();
+}
+
+QString SupportSystemData::checkingText()
+{
+    return QStringLiteral("Checking...");
+}
+
+void SupportSystemData::startNetwork()
+{
+    {
+        QMutexLocker lock(&d->mutex);
+        if (!d->networkAsked) {
+            d->networkAsked = true;
+            d->networkDeadline = QDeadlineTimer(connectivityProbeTimeout);
+        }
+    }
+    if (QThread::currentThread() != thread()) {
+        QMetaObject::invokeMethod(
+            this, [this] { askNetwork(); }, Qt::QueuedConnection);
+        return;
+    }
+    askNetwork();
+}
+
+void SupportSystemData::askNetwork()
+{
+    startProbe();
+    lookUpLocalAddresses();
+    requestExternalAddress();
+    // A name server or a service may stay silent for longer than the probe's bound; the page
+    // stops checking when it passes.
+    if (const int remaining = networkWaitRemaining())
+        QTimer::singleShot(remaining, this, &SupportSystemData::giveUpWaiting);
+}
+
+void SupportSystemData::giveUpWaiting()
+{
+    {
+        QMutexLocker lock(&d->mutex);
+        if (d->probeKnown && d->addressesKnown && d->externalKnown)
+            return;
+        if (!std::exchange(d->probeKnown, true)) {
+            d->probeAnswered = false;
+            d->figures.winInetOk = false;
+        }
+        if (!std::exchange(d->addressesKnown, true)) {
+            d->localAddresses.clear();
+            d->figures.localAddresses.clear();
+        }
+        d->externalKnown = true;
+    }
+    render();
+    emit signalNetworkAnswered();
+}
+
+int SupportSystemData::networkWaitRemaining() const
+{
+    QMutexLocker lock(&d->mutex);
+    if (!d->networkAsked || (d->probeKnown && d->addressesKnown && d->externalKnown))
+        return 0;
+    // Never 0 while one is missing: the bound's own timer ends the wait.
+    return int(std::max<qint64>(1, d->networkDeadline.remainingTime()));
 }
 
 void SupportSystemData::requestExternalAddress()
 {
-    // The manager and its replies stay on the collector's thread, where the next load can delete
-    // them safely; a load on the loader's thread hands the request over.
-    if (QThread::currentThread() != thread()) {
-        QMetaObject::invokeMethod(
-            this, [this] { requestExternalAddress(); }, Qt::QueuedConnection);
-        return;
-    }
+    // The manager and its replies stay on the collector's thread (see startNetwork()), where the
+    // next load can delete them safely.
     // Replacing the manager drops the replies still running, and with them their answers.
     delete d->networkManager;
     d->networkManager = nullptr;
@@ -190,7 +238,6 @@ void SupportSystemData::requestExternalAddress()
         QMutexLocker lock(&d->mutex);
         d->sslErrors.clear();
     }
-    d->addressPending = true;
     const int request = ++d->addressRequests;
 
     QUrl url = d->addressServiceUrl;
@@ -218,18 +265,20 @@ void SupportSystemData::requestExternalAddress()
 
 void SupportSystemData::addressAnswered(QNetworkReply* reply)
 {
-    d->addressPending = false;
     externalIpFinished(reply);
+    {
+        QMutexLocker lock(&d->mutex);
+        d->externalKnown = true;
+    }
     render();
     emit signalExternalIpFinished(reply);
+    emit signalNetworkAnswered();
 }
 
 void SupportSystemData::startAhead()
 {
     // Each answers through the event loop; none holds this thread while it collects.
-    startProbe();
-    lookUpLocalAddresses();
-    requestExternalAddress();
+    startNetwork();
     d->networkStarted = true;
     // The profile reads only the machine, but takes as long as a collector; load() waits for it
     // if it is not done yet.
@@ -251,9 +300,11 @@ void SupportSystemData::lookUpLocalAddresses()
             QMutexLocker lock(&d->mutex);
             d->localAddresses = sorted(SystemProfile::addressTexts(host));
             d->figures.localAddresses = d->localAddresses;
+            d->addressesKnown = true;
         }
         render();
         emit signalLocalAddressesFound();
+        emit signalNetworkAnswered();
     });
 }
 
@@ -288,29 +339,22 @@ void SupportSystemData::probeFinished(bool answered)
         QMutexLocker lock(&d->mutex);
         d->probeAnswered = answered;
         d->figures.winInetOk = answered;
+        d->probeKnown = true;
     }
     render();
     emit signalProbeFinished();
-}
-
-bool SupportSystemData::isNetworkPending() const
-{
-    return d->probing || d->addressPending || d->lookingUp;
+    emit signalNetworkAnswered();
 }
 
 void SupportSystemData::waitForNetwork()
 {
+    // Every fact gives up at the bound, so the loop ends by then.
     QEventLoop loop;
-    const auto quitWhenIn = [this, &loop] {
-        if (!isNetworkPending())
+    connect(this, &SupportSystemData::signalNetworkAnswered, &loop, [this, &loop] {
+        if (!networkWaitRemaining())
             loop.quit();
-    };
-    connect(this, &SupportSystemData::signalExternalIpFinished, &loop, quitWhenIn);
-    connect(this, &SupportSystemData::signalProbeFinished, &loop, quitWhenIn);
-    connect(this, &SupportSystemData::signalLocalAddressesFound, &loop, quitWhenIn);
-    // Each gives up on its own after this long; the bound holds even if one did not.
-    QTimer::singleShot(connectivityProbeTimeout, &loop, &QEventLoop::quit);
-    if (isNetworkPending())
+    });
+    if (networkWaitRemaining())
         loop.exec();
 }
 
@@ -328,6 +372,7 @@ void SupportSystemData::render()
     text.clear();
     appendErrors(text, *this);
     const Figures& f = d->figures;
+    const bool asked = d->networkAsked;
 
     const QList<QPair<QString, QString>> rows{
         {QStringLiteral("Operating System:"), f.operatingSystem},
@@ -358,11 +403,13 @@ void SupportSystemData::render()
         text += lineBreaks(1);
     };
     appendList(QStringLiteral("MAC Interfaces:"), f.macAddresses);
-    appendList(QStringLiteral("Local IP Addresses:"), f.localAddresses);
+    appendList(QStringLiteral("Local IP Addresses:"),
+               asked && !d->addressesKnown ? QStringList{checkingText()} : f.localAddresses);
 
     appendField(text, QStringLiteral("External IP Address:"), QVariant());
     text += lineBreaks(1);
-    appendIndented(text, QString(), d->externalAddress, 0);
+    appendIndented(text, QString(),
+                   asked && !d->externalKnown ? checkingText() : d->externalAddress, 0);
     text += lineBreaks(2);
 
     const QStringList& sslErrors = d->sslErrors;
@@ -379,7 +426,9 @@ void SupportSystemData::render()
 
     // The listing starts on its own line end, so no break goes between it and this value.
     appendField(text, QStringLiteral("WinInet:"),
-                f.winInetOk ? QStringLiteral("OK") : QStringLiteral("Error"));
+                asked && !d->probeKnown ? checkingText()
+                : f.winInetOk           ? QStringLiteral("OK")
+                                        : QStringLiteral("Error"));
     appendField(text, f.fileSystems, QVariant());
     d->benchmarkText.replace(QStringLiteral("\n"), QStringLiteral("<br>"));
     appendField(text, d->benchmarkText, QVariant());

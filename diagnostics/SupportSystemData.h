@@ -64,6 +64,12 @@ public:
     void startAhead();
     void waitForNetwork();
 
+    // How long, in milliseconds, the page may still show "Checking..." for a first answer of the
+    // network: 0 once every one has come or given up.
+    int networkWaitRemaining() const;
+
+    static QString checkingText();
+
 signals:
     // These come once the text has been rendered again with the answer; the reply is null when
     // the service's host could not be reached.
@@ -71,6 +77,8 @@ signals:
     void signalProbeFinished();
     void signalLocalAddressesFound();
     void signalSslErrors(QList<QSslError> errors);
+    // After any network answer has been rendered, or the bound passed for those still missing.
+    void signalNetworkAnswered();
 
 private:
     void requestExternalAddress();
@@ -78,7 +86,11 @@ private:
     void startProbe();
     void probeFinished(bool answered);
     void lookUpLocalAddresses();
-    bool isNetworkPending() const;
+    // Marks the network's facts as being checked and asks their questions on the collector's
+    // thread, whatever thread calls it.
+    void startNetwork();
+    void askNetwork();
+    void giveUpWaiting();
 
     struct Private;
     std::unique_ptr<Private> d;

@@ -22,11 +22,7 @@ SupportSystemTab::SupportSystemTab(SupportSystemData* collector, QWidget* parent
     , d(std::make_unique<Private>())
 {
     d->collector = collector;
-    connect(collector, &SupportSystemData::signalExternalIpFinished, this,
-            &SupportSystemTab::slotNetworkAnswered);
-    connect(collector, &SupportSystemData::signalProbeFinished, this,
-            &SupportSystemTab::slotNetworkAnswered);
-    connect(collector, &SupportSystemData::signalLocalAddressesFound, this,
+    connect(collector, &SupportSystemData::signalNetworkAnswered, this,
             &SupportSystemTab::slotNetworkAnswered);
 }
 

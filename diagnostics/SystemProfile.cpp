@@ -196,11 +196,6 @@ QStringList SystemProfile::macAddresses() const
     return sorted;
 }
 
-QStringList SystemProfile::localAddresses() const
-{
-    return addressTexts(QHostInfo::fromName(QHostInfo::localHostName()));
-}
-
 QStringList SystemProfile::addressTexts(const QHostInfo& host)
 {
     QStringList texts;

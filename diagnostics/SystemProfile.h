@@ -48,8 +48,6 @@ public:
 
     // Physical adapters only, sorted; cached for half an hour within the same day.
     QStringList macAddresses() const;
-    // Resolved again on every call.
-    QStringList localAddresses() const;
     // A host's addresses as text, in the resolver's order.
     static QStringList addressTexts(const QHostInfo& host);
 
