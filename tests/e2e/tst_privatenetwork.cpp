@@ -15,6 +15,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLabel>
 #include <QMenuBar>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -382,19 +383,35 @@ private slots:
                  "  error gone: Application Data folder not found.\n"_s.arg(home));
     }
 
-    // A heartbeat counts only from the GUI thread's own loop: one delivered inside a nested wait
-    // means the refresh still holds the thread, input shut out.
+    // The window comes before the probe's bound, and a report copied meanwhile waits for the
+    // answers. A heartbeat counts only from the GUI thread's own loop: one delivered inside a
+    // nested wait means the refresh still holds the thread, input shut out.
     void windowAndSystemRefreshLeaveTheGuiThreadFree()
     {
         {
             XvfbServer x;
-            QVERIFY2(!x.startMainWindow().isEmpty(), "the main window never appeared");
+            QElapsedTimer launch;
+            launch.start();
+            const QString main = x.startMainWindow();
+            QVERIFY2(!main.isEmpty(), "the main window never appeared");
+            QVERIFY2(launch.elapsed() < 8000,
+                     qPrintable(u"the window took %1 ms"_s.arg(launch.elapsed())));
             QTRY_VERIFY2(!m_connections.isEmpty(), "the program never reached the silent server");
+            x.keys({u"Right"_s, u"Down"_s, u"Return"_s}, main);
+            QString copied;
+            QVERIFY(QTest::qWaitFor([&] { return !(copied = x.clipboard()).isEmpty(); }, 20000));
+            QVERIFY2(launch.elapsed() >= 9000, "the report did not wait for the silent network");
+            QVERIFY2(copied.contains(u"\nWinInet:            Error\n"_s)
+                         && !copied.contains(SupportSystemData::checkingText()),
+                     qPrintable(copied));
         }
         SupportSystemData data;
         SupportSystemTab tab(&data);
         tab.show();
         QSignalSpy probed(&data, &SupportSystemData::signalProbeFinished);
+        const auto page = [&tab] {
+            return tab.findChild<QLabel*>()->text();
+        };
         const qsizetype connectionsBefore = m_connections.size();
 
         const int ownLevel = QThread::currentThread()->loopLevel();
@@ -409,9 +426,15 @@ private slots:
         sinceBeat.start();
         QElapsedTimer refresh;
         refresh.start();
-        QTimer::singleShot(0, &tab, &SupportSystemTab::updateContent);
+        QTimer::singleShot(0, &tab, [&] {
+            tab.updateContent();
+            QVERIFY(page().contains(u"WinInet:            Checking..."_s));
+        });
         // qWaitFor turns the thread's own loop; QSignalSpy::wait would nest one.
         QVERIFY(QTest::qWaitFor([&] { return !probed.isEmpty(); }, 30000));
+        QVERIFY2(page().contains(u"WinInet:            Error"_s)
+                     && !page().contains(SupportSystemData::checkingText()),
+                 qPrintable(page()));
         QVERIFY2(refresh.elapsed() >= 9000, "the probe was not held by the silent server");
         QVERIFY(m_connections.size() >= connectionsBefore + 2);
         QVERIFY2(longestGap <= 2000,
