@@ -82,22 +82,23 @@ QString reportFolderName(const QDateTime& now)
 
 QString saveReport(const SupportDataMap& table)
 {
-    const auto tr = [](const char* text) {
-        return QCoreApplication::translate("ReportExport", text);
-    };
     const QString parent = QFileDialog::getExistingDirectory(
-        nullptr, tr("Select Folder"), desktopFolder(),
+        nullptr, QCoreApplication::translate("ReportExport", "Select Folder"), desktopFolder(),
         QFileDialog::ShowDirsOnly | QFileDialog::DontResolveSymlinks);
     if (parent.isEmpty())
-        return tr("Report not saved: no folder was chosen.");
+        return QCoreApplication::translate("ReportExport",
+                                           "Report not saved: no folder was chosen.");
     QString folder;
     if (saveReportBundle(parent, QDateTime::currentDateTimeUtc(), reportText(table),
                          reportPicture(table), {}, &folder))
-        return tr("Report saved in %1").arg(QDir::toNativeSeparators(folder));
+        return QCoreApplication::translate("ReportExport", "Report saved in %1")
+            .arg(QDir::toNativeSeparators(folder));
     if (!QFileInfo(folder).isDir())
-        return tr("Report not saved: no folder can be made in %1.")
+        return QCoreApplication::translate("ReportExport",
+                                           "Report not saved: no folder can be made in %1.")
             .arg(QDir::toNativeSeparators(parent));
-    return tr("Report not saved in full: its files cannot be written in %1.")
+    return QCoreApplication::translate(
+               "ReportExport", "Report not saved in full: its files cannot be written in %1.")
         .arg(QDir::toNativeSeparators(folder));
 }
 

@@ -10,6 +10,7 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QScreen>
+#include <QShortcut>
 #include <QStatusBar>
 
 namespace {
@@ -38,14 +39,21 @@ SupportMainWindow::SupportMainWindow(SupportTabs* tabs)
 {
     setWindowTitle(toolName);
 
-    QMenu* file = menuBar()->addMenu(tr("File"));
-    addEntry(file, tr("Save Report..."), this, &SupportMainWindow::signalSaveReport);
-    addEntry(file, tr("Email Report..."), this, &SupportMainWindow::signalEmailReport);
-    addEntry(file, tr("Quit"), qApp, &QCoreApplication::quit);
-    QMenu* edit = menuBar()->addMenu(tr("Edit"));
-    addEntry(edit, tr("Copy Report"), this, &SupportMainWindow::signalCopyReport);
-    QMenu* help = menuBar()->addMenu(tr("Help"));
-    addEntry(help, tr("About %1").arg(toolName), this, &SupportMainWindow::slotShowAbout);
+    // Mnemonics only ("&"): they open the menus from the keyboard without being shortcuts.
+    QMenu* file = menuBar()->addMenu(tr("&File"));
+    addEntry(file, tr("&Save Report..."), this, &SupportMainWindow::signalSaveReport);
+    addEntry(file, tr("&Email Report..."), this, &SupportMainWindow::signalEmailReport);
+    addEntry(file, tr("&Quit"), qApp, &QCoreApplication::quit);
+    QMenu* edit = menuBar()->addMenu(tr("&Edit"));
+    addEntry(edit, tr("&Copy Report"), this, &SupportMainWindow::signalCopyReport);
+    QMenu* help = menuBar()->addMenu(tr("&Help"));
+    addEntry(help, tr("&About %1").arg(toolName), this, &SupportMainWindow::slotShowAbout);
+    // F10 opens the menu bar, as it does in the desktop's own programs.
+    auto* menuKey = new QShortcut(QKeySequence(Qt::Key_F10), this);
+    connect(menuKey, &QShortcut::activated, this, [this] {
+        menuBar()->setFocus(Qt::MenuBarFocusReason);
+        menuBar()->setActiveAction(menuBar()->actions().value(0));
+    });
 
     setAttribute(Qt::WA_DeleteOnClose);
     d->tabs = tabs ? tabs : new SupportTabs;
@@ -68,9 +76,10 @@ void SupportMainWindow::showStatus(const QString& text)
 
 void SupportMainWindow::slotShowAbout()
 {
-    QMessageBox box;
+    QMessageBox box(this);
     box.setWindowTitle(toolName);
     box.setText(QStringLiteral("%1 %2").arg(toolName, QStringLiteral("1.0.5")));
+    box.setIconPixmap(windowIcon().pixmap(64));
     box.exec();
 }
 
@@ -78,8 +87,11 @@ void SupportMainWindow::showCentered()
 {
     const QScreen* screen = QGuiApplication::primaryScreen();
     if (screen) {
-        const QRect area = screen->geometry();
-        resize(qRound(area.width() / 2.0), qRound(area.height() / 2.0));
+        const QRect area = screen->availableGeometry();
+        // Half the screen, but never less than the pages need, nor more than the screen: the
+        // size the window will really have is the one to centre.
+        const QSize half(qRound(area.width() / 2.0), qRound(area.height() / 2.0));
+        resize(half.expandedTo(minimumSizeHint()).boundedTo(area.size()));
         QRect frame = frameGeometry();
         frame.moveCenter(area.center());
         move(frame.topLeft());

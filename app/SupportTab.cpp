@@ -7,7 +7,10 @@
 
 #include <QGridLayout>
 #include <QLabel>
+#include <QMainWindow>
 #include <QScrollArea>
+#include <QStatusBar>
+#include <QStyle>
 
 struct SupportTab::Private
 {
@@ -75,6 +78,26 @@ QLabel* SupportTab::createPage(QLayout* below, Qt::Alignment belowAlignment)
     layout->addWidget(scrollArea, 0, 0);
     layout->addLayout(below, 1, 0, belowAlignment);
     return label;
+}
+
+QGridLayout* SupportTab::createButtonRow() const
+{
+    auto* row = new QGridLayout;
+    row->setContentsMargins(5, 5, 5, 5);
+    // Set here: a nested layout would take the page's spacing, which is none.
+    int spacing = style()->pixelMetric(QStyle::PM_LayoutHorizontalSpacing);
+    if (spacing < 0)
+        spacing = style()->layoutSpacing(QSizePolicy::PushButton, QSizePolicy::PushButton,
+                                         Qt::Horizontal);
+    // Qt's own default where the style leaves it to the layout.
+    row->setSpacing(spacing < 0 ? 6 : spacing);
+    return row;
+}
+
+void SupportTab::showStatus(const QString& text) const
+{
+    if (auto* main = qobject_cast<QMainWindow*>(window()))
+        main->statusBar()->showMessage(text);
 }
 
 void SupportTab::showText(QLabel* label) const

@@ -4,6 +4,7 @@
 
 #include <memory>
 
+class QGridLayout;
 class QLabel;
 class QLayout;
 class SupportData;
@@ -33,6 +34,10 @@ protected:
     QLabel* createPage(QLayout* below, Qt::Alignment belowAlignment = {});
     // Shows the collector's current fragment in the given label.
     void showText(QLabel* label) const;
+    // A row for the page's buttons, spaced as the style spaces them.
+    QGridLayout* createButtonRow() const;
+    // Says in the main window's status bar what an action did.
+    void showStatus(const QString& text) const;
 
 private:
     struct Private;

@@ -4,6 +4,7 @@
 #include "SupportRegistry.h"
 #include "SupportTab.h"
 
+#include <QCoreApplication>
 #include <QPainter>
 #include <QPolygonF>
 
@@ -34,6 +35,21 @@ const QIcon& attentionIcon()
         return QIcon(pixmap);
     }();
     return icon;
+}
+
+// The pages' titles in the user's language; the collectors' names stay English in the report.
+const char* const pageTitles[] = {
+    QT_TRANSLATE_NOOP("SupportTabs", "Display"), QT_TRANSLATE_NOOP("SupportTabs", "Fonts"),
+    QT_TRANSLATE_NOOP("SupportTabs", "Permissions"), QT_TRANSLATE_NOOP("SupportTabs", "System")};
+
+QString pageTitle(const SupportTab* page)
+{
+    const QString name = page->supportData()->name();
+    for (const char* title : pageTitles) {
+        if (name == QLatin1String(title))
+            return QCoreApplication::translate("SupportTabs", title);
+    }
+    return name;
 }
 
 const QList<int>& allKinds()
@@ -106,8 +122,8 @@ void SupportTabs::slotLoaderFinished()
 
     clear();
     for (SupportTab* page : std::as_const(withErrors))
-        addTab(page, attentionIcon(), page->supportData()->name());
+        addTab(page, attentionIcon(), pageTitle(page));
     for (SupportTab* page : std::as_const(withoutErrors))
-        addTab(page, page->supportData()->name());
+        addTab(page, pageTitle(page));
     emit signalLoadFinished();
 }

@@ -36,9 +36,7 @@ void SupportDisplayTab::updateContent()
                 &SupportDisplayTab::slotApplyDpiWorkaround);
         connect(d->removeButton, &QPushButton::clicked, this,
                 &SupportDisplayTab::slotRemoveDpiWorkaround);
-        auto* buttons = new QGridLayout;
-        buttons->setContentsMargins(5, 5, 5, 5);
-        buttons->setSpacing(5);
+        QGridLayout* buttons = createButtonRow();
         buttons->addWidget(d->removeButton, 0, 0);
         buttons->addWidget(d->applyButton, 0, 1);
         buttons->setColumnStretch(2, 1);
@@ -53,14 +51,22 @@ void SupportDisplayTab::updateContent()
 
 void SupportDisplayTab::slotApplyDpiWorkaround()
 {
-    if (setEnvironmentVariable(scaleFactorVariable, QStringLiteral("0")))
-        showWorkaroundPresent(true);
+    if (!setEnvironmentVariable(scaleFactorVariable, QStringLiteral("0"))) {
+        showStatus(tr("The DPI workaround could not be applied."));
+        return;
+    }
+    showWorkaroundPresent(true);
+    showStatus(tr("DPI workaround applied. It takes effect at your next sign-in."));
 }
 
 void SupportDisplayTab::slotRemoveDpiWorkaround()
 {
-    if (removeEnvironmentVariable(scaleFactorVariable))
-        showWorkaroundPresent(false);
+    if (!removeEnvironmentVariable(scaleFactorVariable)) {
+        showStatus(tr("The DPI workaround could not be removed."));
+        return;
+    }
+    showWorkaroundPresent(false);
+    showStatus(tr("DPI workaround removed. This takes effect at your next sign-in."));
 }
 
 void SupportDisplayTab::showWorkaroundPresent(bool present)

@@ -8,6 +8,9 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QTimer>
 
 struct SupportSystemTab::Private
 {
@@ -35,9 +38,7 @@ void SupportSystemTab::updateContent()
         d->benchmarkButton->setObjectName(QStringLiteral("benchmarkButton"));
         connect(d->benchmarkButton, &QPushButton::clicked, this,
                 &SupportSystemTab::slotBenchmarkClicked);
-        auto* buttons = new QGridLayout;
-        buttons->setContentsMargins(5, 5, 5, 5);
-        buttons->setSpacing(10);
+        QGridLayout* buttons = createButtonRow();
         buttons->addWidget(d->benchmarkButton, 0, 0);
         buttons->setColumnStretch(1, 1);
 
@@ -71,4 +72,10 @@ void SupportSystemTab::slotBenchmarkFinished()
 {
     d->collector->setBenchmarkText(d->taskManager->report());
     updateContent();
+    // The result ends the page; it is brought into view once the page has its new height.
+    if (auto* area = findChild<QScrollArea*>()) {
+        QTimer::singleShot(0, area, [area] {
+            area->verticalScrollBar()->setValue(area->verticalScrollBar()->maximum());
+        });
+    }
 }

@@ -271,7 +271,10 @@ bool removeEnvironmentVariable(const QString& name)
     if (!readSmallFile(path, &text))
         return false;
     const QByteArray changed = withoutEnvironmentValue(text, name);
-    if (changed == text || !writeFile(path, changed))
+    if (changed == text)
+        return false;
+    // The file is ours alone: with nothing left to say it goes.
+    if (changed.trimmed().isEmpty() ? !QFile::remove(path) : !writeFile(path, changed))
         return false;
     tellUserManager({QStringLiteral("unset-environment"), name});
     return true;

@@ -68,8 +68,7 @@ void SupportCorvantaTab::updateContent()
                 &SupportCorvantaTab::slotRemoveAllApplicationData);
 
         // The one button that acts on the associations stands apart on the left.
-        auto* buttons = new QGridLayout;
-        buttons->setContentsMargins(5, 5, 5, 5);
+        QGridLayout* buttons = createButtonRow();
         buttons->addWidget(d->associationsButton, 0, 0);
         buttons->setColumnStretch(1, 1);
         buttons->addWidget(d->repairButton, 0, 2);

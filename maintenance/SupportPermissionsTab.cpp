@@ -33,8 +33,7 @@ void SupportPermissionsTab::updateContent()
         auto* folderButton = new QPushButton(tr("Check Folder"));
         connect(fileButton, &QPushButton::clicked, this, &SupportPermissionsTab::slotCheckFile);
         connect(folderButton, &QPushButton::clicked, this, &SupportPermissionsTab::slotCheckFolder);
-        auto* buttons = new QGridLayout;
-        buttons->setContentsMargins(5, 5, 5, 5);
+        QGridLayout* buttons = createButtonRow();
         buttons->addWidget(fileButton, 0, 0);
         buttons->addWidget(folderButton, 0, 1);
         buttons->setColumnStretch(2, 1);
@@ -112,6 +111,6 @@ void SupportPermissionsTab::showPermissions(const QString& path)
 {
     if (path.isEmpty())
         return;
-    QMessageBox::about(this, QString(),
+    QMessageBox::about(this, QStringLiteral("Corvanta Support"),
                        tr("Path:\n%1\n\nPermissions:\n%2").arg(path, permissionsText(path, false)));
 }

@@ -242,7 +242,13 @@ QString SupportBenchmarkFileIoTask::report() const
     QDir folder(d->tempDir->path());
     folder.cdUp();
     QString text = folder.path() + QLatin1Char('\n');
+    const bool cancelled = cancelFlag() && *cancelFlag();
     for (int operation = 0; operation < OperationCount; ++operation) {
+        // What was not measured has no figures to give.
+        if (cancelled && d->timings[operation].isEmpty()) {
+            text += QStringLiteral("Cancelled.\n");
+            break;
+        }
         double minimum = 1e30;
         double maximum = -1e30;
         double sum = 0;

@@ -96,6 +96,7 @@ void SupportTaskManager::setUp()
                 &SupportTaskManager::slotCancelClicked);
         d->dialog->setMinimumDuration(0);
         d->dialog->setMinimumWidth(350);
+        d->dialog->setWindowTitle(QStringLiteral("Corvanta Support"));
         d->dialog->setWindowModality(Qt::ApplicationModal);
     }
     if (!d->thread) {

@@ -232,6 +232,53 @@ Exit-Status:
         <source>Your email program failed to open.&lt;br&gt;&lt;br&gt;Please use File &gt; Save Report and attach the files in an email to %1</source>
         <translation>Ihr E-Mail-Programm konnte nicht geöffnet werden.&lt;br&gt;&lt;br&gt;Bitte verwenden Sie Datei &gt; Bericht speichern und hängen Sie die Dateien an eine E-Mail an %1 an.</translation>
     </message>
+    <message>
+        <source>Report not saved: no folder was chosen.</source>
+        <translation>Bericht nicht gespeichert: Es wurde kein Ordner gewählt.</translation>
+    </message>
+    <message>
+        <source>Report saved in %1</source>
+        <translation>Bericht gespeichert in %1</translation>
+    </message>
+    <message>
+        <source>Report not saved: no folder can be made in %1.</source>
+        <translation>Bericht nicht gespeichert: In %1 kann kein Ordner angelegt werden.</translation>
+    </message>
+    <message>
+        <source>Report not saved in full: its files cannot be written in %1.</source>
+        <translation>Bericht nicht vollständig gespeichert: Seine Dateien können in %1 nicht geschrieben werden.</translation>
+    </message>
+</context>
+<context>
+    <name>SupportApplication</name>
+    <message>
+        <source>Copy Report</source>
+        <translation>Bericht kopieren</translation>
+    </message>
+    <message>
+        <source>Report copied to the clipboard.</source>
+        <translation>Bericht in die Zwischenablage kopiert.</translation>
+    </message>
+    <message>
+        <source>Save Report</source>
+        <translation>Bericht speichern</translation>
+    </message>
+    <message>
+        <source>E-mail Report</source>
+        <translation>Bericht per E-Mail senden</translation>
+    </message>
+    <message>
+        <source>%1 waits for the network&apos;s answers...</source>
+        <translation>%1 wartet auf die Antworten des Netzwerks...</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>%1 cancelled.</source>
+        <translation>%1 abgebrochen.</translation>
+    </message>
 </context>
 <context>
     <name>SupportBenchmarkFileIoTask</name>
@@ -313,6 +360,22 @@ und eigenen allgemeinen Merkmale von %1 werden in den Papierkorb verschoben.</tr
         <source>Remove DPI Workaround</source>
         <translation>DPI-Workaround entfernen</translation>
     </message>
+    <message>
+        <source>The DPI workaround could not be applied.</source>
+        <translation>Die DPI-Korrektur konnte nicht angewendet werden.</translation>
+    </message>
+    <message>
+        <source>DPI workaround applied. It takes effect at your next sign-in.</source>
+        <translation>DPI-Korrektur angewendet. Sie wirkt ab Ihrer nächsten Anmeldung.</translation>
+    </message>
+    <message>
+        <source>The DPI workaround could not be removed.</source>
+        <translation>Die DPI-Korrektur konnte nicht entfernt werden.</translation>
+    </message>
+    <message>
+        <source>DPI workaround removed. This takes effect at your next sign-in.</source>
+        <translation>DPI-Korrektur entfernt. Das wirkt ab Ihrer nächsten Anmeldung.</translation>
+    </message>
 </context>
 <context>
     <name>SupportLoader</name>
@@ -324,36 +387,36 @@ und eigenen allgemeinen Merkmale von %1 werden in den Papierkorb verschoben.</tr
 <context>
     <name>SupportMainWindow</name>
     <message>
-        <source>File</source>
-        <translation>Datei</translation>
+        <source>&amp;File</source>
+        <translation>&amp;Datei</translation>
     </message>
     <message>
-        <source>Save Report...</source>
-        <translation>Bericht speichern...</translation>
+        <source>&amp;Save Report...</source>
+        <translation>Bericht &amp;speichern...</translation>
     </message>
     <message>
-        <source>Email Report...</source>
-        <translation>Bericht per E-Mail senden...</translation>
+        <source>&amp;Email Report...</source>
+        <translation>Bericht per &amp;E-Mail senden...</translation>
     </message>
     <message>
-        <source>Quit</source>
-        <translation>Beenden</translation>
+        <source>&amp;Quit</source>
+        <translation>&amp;Beenden</translation>
     </message>
     <message>
-        <source>Edit</source>
-        <translation>Bearbeiten</translation>
+        <source>&amp;Edit</source>
+        <translation>&amp;Bearbeiten</translation>
     </message>
     <message>
-        <source>Copy Report</source>
-        <translation>Bericht kopieren</translation>
+        <source>&amp;Copy Report</source>
+        <translation>Bericht &amp;kopieren</translation>
     </message>
     <message>
-        <source>Help</source>
-        <translation>Hilfe</translation>
+        <source>&amp;Help</source>
+        <translation>&amp;Hilfe</translation>
     </message>
     <message>
-        <source>About %1</source>
-        <translation>Über %1</translation>
+        <source>&amp;About %1</source>
+        <translation>Ü&amp;ber %1</translation>
     </message>
 </context>
 <context>
@@ -396,6 +459,25 @@ Berechtigungen:
     <message>
         <source>Choose Location</source>
         <translation>Speicherort auswählen</translation>
+    </message>
+</context>
+<context>
+    <name>SupportTabs</name>
+    <message>
+        <source>Display</source>
+        <translation>Anzeige</translation>
+    </message>
+    <message>
+        <source>Fonts</source>
+        <translation>Schriften</translation>
+    </message>
+    <message>
+        <source>Permissions</source>
+        <translation>Berechtigungen</translation>
+    </message>
+    <message>
+        <source>System</source>
+        <translation>System</translation>
     </message>
 </context>
 </TS>

@@ -230,9 +230,9 @@ private slots:
             {}, u"de_DE.UTF-8"_s);
         // Qt has French texts, the program has none: nothing may mix two languages.
         const QString window = QString::fromLatin1(windowTexts);
-        row("German window", {window}, 0, {u"^Datei\\|Bearbeiten\\|Hilfe\n1 Byte\nAbbrechen\n$"_s},
-            {}, u"de_DE.UTF-8"_s);
-        row("French window", {window}, 0, {u"^File\\|Edit\\|Help\n1 byte\nCancel\n$"_s}, {},
+        row("German window", {window}, 0,
+            {u"^&Datei\\|&Bearbeiten\\|&Hilfe\n1 Byte\nAbbrechen\n$"_s}, {}, u"de_DE.UTF-8"_s);
+        row("French window", {window}, 0, {u"^&File\\|&Edit\\|&Help\n1 byte\nCancel\n$"_s}, {},
             u"fr_FR.UTF-8"_s);
     }
 

@@ -196,9 +196,13 @@ private slots:
         QCOMPARE(fileBytes(ours), "# ours\r\n" + others);
         QVERIFY(!removeEnvironmentVariable(scaleName));
         QCOMPARE(fileBytes(early), QByteArray("QT_AUTO_SCREEN_SCALE_FACTOR=1\n"));
+        // Left with nothing else, our file goes rather than stay empty.
+        QVERIFY(putFile(ours, "QT_AUTO_SCREEN_SCALE_FACTOR=0\n\n"));
+        QVERIFY(removeEnvironmentVariable(scaleName));
+        QVERIFY(!QFileInfo::exists(ours));
         // A folder where our file should be cannot be read, not even by root; the later file
         // still counts.
-        QVERIFY(QFile::remove(ours) && QDir().mkpath(ours));
+        QVERIFY(QDir().mkpath(ours));
         QCOMPARE(environmentVariable(scaleName), u"2"_s);
     }
 };

@@ -343,7 +343,7 @@ private slots:
         press(u"Check File"_s);
         QCOMPARE(seen,
                  (QStringList{u"Choose Folder"_s, u"Choose File"_s,
-                              "|Path:\n" + path
+                              "Corvanta Support|Path:\n" + path
                                   + "\n\nPermissions:\nReadOwner=1 WriteOwner=1 ExeOwner=0 "
                                     "ReadUser=1 WriteUser=1 ExeUser=0 ReadGroup=1 WriteGroup=0 "
                                     "ExeGroup=0 ReadOther=0 WriteOther=0 ExeOther=0"}));
