@@ -1,3 +1,4 @@
+#include "MailHandler.h"
 #include "RecordingData.h"
 #include "ReportDiff.h"
 #include "ReportDocument.h"
@@ -11,6 +12,7 @@
 #include <QUrlQuery>
 
 #include <functional>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -162,6 +164,23 @@ private slots:
         QCOMPARE(query.queryItemValue(u"subject"_s, QUrl::FullyDecoded),
                  u"Corvanta Support Report"_s);
         QCOMPARE(query.queryItemValue(u"body"_s, QUrl::FullyDecoded), report);
+
+        // Without a mailto handler the fallback must show: the desktop's opener fails unseen.
+        TestEnvironment home;
+        const auto handled = [] {
+            std::optional<bool> answer;
+            QObject context;
+            whenMailHandlerKnown(&context, [&answer](bool known) { answer = known; });
+            (void)QTest::qWaitFor([&answer] { return answer.has_value(); }, 10000);
+            return answer;
+        };
+        QCOMPARE(handled(), std::optional<bool>(false));
+        QVERIFY(putFile(home.path(u".local/share/applications/mail.desktop"_s),
+                        "[Desktop Entry]\nType=Application\nName=Mail\nExec=true %u\n"
+                        "MimeType=x-scheme-handler/mailto;\n"));
+        QVERIFY(putFile(home.path(u".config/mimeapps.list"_s),
+                        "[Default Applications]\nx-scheme-handler/mailto=mail.desktop\n"));
+        QCOMPARE(handled(), std::optional<bool>(true));
     }
 
     // Changes are told by field, other lines by themselves; the time and the order are no change.
