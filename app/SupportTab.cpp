@@ -2,9 +2,11 @@
 
 #include "BaseApplication.h"
 #include "FileDirTools.h"
+#include "PageTextAccessible.h"
 #include "ReportFragments.h"
 #include "SupportData.h"
 
+#include <QAccessible>
 #include <QGridLayout>
 #include <QLabel>
 #include <QMainWindow>
@@ -49,7 +51,11 @@ void SupportTab::onLinkActivated(const QString& link)
 
 QLabel* SupportTab::createLabel()
 {
+    // Assistive tools read the page through its own interface.
+    static const bool accessible = (QAccessible::installFactory(PageTextAccessible::create), true);
+    Q_UNUSED(accessible)
     auto* label = new QLabel;
+    label->setObjectName(QStringLiteral("pageText"));
     QFont font = BaseApplication::monospaceFont();
     font.setStyleHint(QFont::TypeWriter, QFont::PreferDefault);
     label->setFont(font);
@@ -72,6 +78,8 @@ QLabel* SupportTab::createPage(QLayout* below, Qt::Alignment belowAlignment)
     auto* scrollArea = new QScrollArea;
     scrollArea->setWidgetResizable(true);
     scrollArea->setWidget(label);
+    // The area itself shows no focus; the text's links take it instead.
+    scrollArea->setFocusPolicy(Qt::NoFocus);
     auto* layout = new QGridLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
@@ -102,6 +110,10 @@ void SupportTab::showStatus(const QString& text) const
 
 void SupportTab::showText(QLabel* label) const
 {
-    if (label && d->data)
-        label->setText(preformatted(*d->data->text()));
+    if (!label || !d->data)
+        return;
+    const QString& text = *d->data->text();
+    label->setText(preformatted(text));
+    // Focus on a text without links would show nowhere.
+    label->setFocusPolicy(text.contains(QLatin1String("<a ")) ? Qt::StrongFocus : Qt::NoFocus);
 }

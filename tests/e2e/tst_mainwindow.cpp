@@ -135,6 +135,14 @@ private slots:
             page().contains(u"(User):\n.cvd      Remove\n"_s)
                 && page().endsWith(u"|Remove A Repair P Remove P Remove A "_s),
             qPrintable(page()), 20000);
+        // A screen reader reads the page's text, and the link in hand is its selection; the tab
+        // bar has the focus, and the text is the next stop.
+        x.keys({u"Tab"_s});
+        const auto text = [&] {
+            return widgets.find(u"label"_s, u"Application Data:"_s);
+        };
+        QTRY_COMPARE_WITH_TIMEOUT(text().selected, home.dataFolder(), 10000);
+        QCOMPARE(text().text, text().name);
 
         QVERIFY(press(u"push button"_s, u"Remove All Associations"_s));
         QTRY_VERIFY_WITH_TIMEOUT(

@@ -14,14 +14,20 @@ namespace {
 
 using Node = std::pair<QString, QString>; // service, object path
 
-QVariant call(const QDBusConnection& bus, const Node& node, const QString& method,
-              const QVariantList& arguments = {})
+QVariantList callForAll(const QDBusConnection& bus, const Node& node, const QString& method,
+                        const QVariantList& arguments = {})
 {
     const qsizetype dot = method.lastIndexOf('.');
     QDBusMessage message = QDBusMessage::createMethodCall(node.first, node.second, method.left(dot),
                                                           method.mid(dot + 1));
     message.setArguments(arguments);
-    return bus.call(message).arguments().value(0);
+    return bus.call(message).arguments();
+}
+
+QVariant call(const QDBusConnection& bus, const Node& node, const QString& method,
+              const QVariantList& arguments = {})
+{
+    return callForAll(bus, node, method, arguments).value(0);
 }
 
 QString accessibilityBusAddress()
@@ -74,9 +80,14 @@ void walk(const QDBusConnection& bus, const Node& node, QList<AccessibleProgram:
     box.beginStructure();
     box >> x >> y >> width >> height;
     box.endStructure();
+    const QString text = call(bus, node, u"org.a11y.atspi.Text.GetText"_s, {0, -1}).toString();
+    const QVariantList selection =
+        callForAll(bus, node, u"org.a11y.atspi.Text.GetSelection"_s, {0});
+    const int start = selection.value(0).toInt();
     found.append({call(bus, node, u"org.a11y.atspi.Accessible.GetRoleName"_s).toString(),
                   property(bus, node, u"Name"_s).toString(), QRect(x, y, width, height),
-                  (states.first() & (1u << 8)) != 0}); // enabled
+                  (states.first() & (1u << 8)) != 0, // enabled
+                  text, text.mid(start, selection.value(1).toInt() - start)});
     for (const Node& child : children(bus, node))
         walk(bus, child, found);
 }

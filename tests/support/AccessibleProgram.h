@@ -19,6 +19,9 @@ public:
         QString name;
         QRect rect;
         bool enabled = false;
+        // Through the accessible Text interface: the whole text, and its selection.
+        QString text;
+        QString selected;
     };
 
     AccessibleProgram();
