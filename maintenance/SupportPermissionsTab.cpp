@@ -2,20 +2,17 @@
 
 #include "BaseApplication.h"
 #include "FileDirTools.h"
-#include "ReportFragments.h"
+#include "PageLinesView.h"
 #include "SupportData.h"
 
-#include <QAbstractTextDocumentLayout>
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QScrollBar>
-#include <QTextBrowser>
 
 struct SupportPermissionsTab::Private
 {
-    QTextBrowser* view = nullptr;
+    PageLinesView* view = nullptr;
     bool stale = false; // the collector's text is newer than the one shown
 };
 
@@ -62,38 +59,25 @@ void SupportPermissionsTab::showEvent(QShowEvent* event)
 void SupportPermissionsTab::showList()
 {
     d->stale = false;
-    // Inside <pre> a line end shows as the break does, but makes a paragraph of each line, which
-    // is laid out on its own when it comes into view. The place in the list is kept across a new
-    // text, as a label's scroll area keeps it.
-    QScrollBar* scrollBar = d->view->verticalScrollBar();
-    const int position = scrollBar->value();
-    d->view->setHtml(
-        preformatted(*supportData()->text()).replace(QStringLiteral("<br>"), QStringLiteral("\n")));
-    if (position > 0) {
-        d->view->document()->documentLayout()->documentSize();
-        scrollBar->setValue(position);
-    }
+    d->view->setFragment(*supportData()->text());
 }
 
-// The list holds a line for every file of the product, often tens of thousands. A label lays its
-// whole text out several times over to learn its size, and again on every paint, so such a list
-// kept the window from opening for seconds. A text browser lays out only what it shows; it is set
-// up to look exactly as the label of every other page does.
-QTextBrowser* SupportPermissionsTab::createView()
+// The list holds a line for every file of the product, often a hundred thousand. A label, or any
+// text document, lays the whole text out to learn its size, which kept the window from opening
+// for seconds and took gigabytes; this view lays out only the lines in sight. It is set up to
+// look exactly as the label of every other page does.
+PageLinesView* SupportPermissionsTab::createView()
 {
-    auto* view = new QTextBrowser;
-    view->setOpenLinks(false);
+    auto* view = new PageLinesView;
     QFont font = BaseApplication::monospaceFont();
     font.setStyleHint(QFont::TypeWriter, QFont::PreferDefault);
     view->setFont(font);
-    view->document()->setDocumentMargin(5);
     QPalette palette = view->palette();
     palette.setBrush(QPalette::All, QPalette::Base, Qt::white);
     palette.setBrush(QPalette::All, QPalette::Text, Qt::black);
     view->setPalette(palette);
-    // The same routing as a label's links; the link comes back exactly as written in the page.
-    connect(view, &QTextBrowser::anchorClicked, this,
-            [this](const QUrl& url) { onLinkActivated(url.toString(QUrl::FullyEncoded)); });
+    connect(view, &PageLinesView::signalLinkActivated, this,
+            &SupportPermissionsTab::onLinkActivated);
     return view;
 }
 

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-class QTextBrowser;
+class PageLinesView;
 
 // The permissions page: the collector's list, and a look at the permissions of any file or folder
 // the user picks.
@@ -26,7 +26,7 @@ private slots:
     void slotCheckFolder();
 
 private:
-    QTextBrowser* createView();
+    PageLinesView* createView();
     void showList();
     void showPermissions(const QString& path);
 

@@ -1,0 +1,302 @@
+#include "PageLinesView.h"
+
+#include <QAbstractTextDocumentLayout>
+#include <QHash>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextDocument>
+
+#include <algorithm>
+
+namespace {
+
+const int margin = 5; // a label's margin, or the browser's document margin
+
+// The characters a line shows: its text without tags, an entity counting as one.
+qsizetype shownLength(const QString& line)
+{
+    qsizetype length = 0;
+    bool inTag = false;
+    bool inEntity = false;
+    for (const QChar c : line) {
+        if (inTag) {
+            inTag = c != QLatin1Char('>');
+        } else if (c == QLatin1Char('<')) {
+            inTag = true;
+        } else if (inEntity) {
+            inEntity = c != QLatin1Char(';');
+        } else {
+            inEntity = c == QLatin1Char('&');
+            ++length;
+        }
+    }
+    return length;
+}
+
+} // namespace
+
+struct PageLinesView::Private
+{
+    QStringList lines;
+    // Laid out on demand, for the lines in sight; dropped when too many are kept.
+    mutable QHash<int, std::shared_ptr<QTextDocument>> documents;
+    // Where the first line starts inside its own document, and the height of every line: a
+    // "<pre>" line never wraps, and the font is the same for all.
+    qreal blockTop = 0;
+    qreal lineHeight = 1;
+    qreal top = margin; // of the first line in the view
+    qreal bottom = margin;
+    qreal characterWidth = 1;
+    int widest = 0;
+    // The link in hand from the keyboard: its line, and which of the line's links.
+    int focusLine = -1;
+    int focusLink = -1;
+
+    std::shared_ptr<QTextDocument> document(const PageLinesView* view, int line) const
+    {
+        auto found = documents.find(line);
+        if (found != documents.end())
+            return found.value();
+        if (documents.size() > 400)
+            documents.clear();
+        auto document = std::make_shared<QTextDocument>();
+        document->setUndoRedoEnabled(false);
+        document->setDefaultFont(view->font());
+        document->setDocumentMargin(0);
+        document->setHtml(QStringLiteral("<pre>") + lines.at(line) + QStringLiteral("</pre>"));
+        documents.insert(line, document);
+        return document;
+    }
+
+    // The character range of the line's index-th link in its document.
+    static QPair<int, int> linkRange(const QTextDocument& document, int index)
+    {
+        QList<QPair<int, int>> links;
+        QString current;
+        for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+            for (auto it = block.begin(); !it.atEnd(); ++it) {
+                const QTextFragment fragment = it.fragment();
+                const QString href = fragment.charFormat().anchorHref();
+                const int end = fragment.position() + fragment.length();
+                if (!href.isEmpty() && href == current
+                    && links.constLast().second == fragment.position())
+                    links.last().second = end;
+                else if (!href.isEmpty())
+                    links.append({fragment.position(), end});
+                current = href;
+            }
+        }
+        return links.value(index, {-1, -1});
+    }
+};
+
+PageLinesView::PageLinesView(QWidget* parent)
+    : QAbstractScrollArea(parent)
+    , d(std::make_unique<Private>())
+{
+    setFocusPolicy(Qt::StrongFocus);
+    viewport()->setMouseTracking(true);
+    viewport()->setBackgroundRole(QPalette::Base);
+    measure();
+}
+
+PageLinesView::~PageLinesView() = default;
+
+void PageLinesView::setFragment(const QString& html)
+{
+    d->documents.clear();
+    d->lines = html.split(QStringLiteral("<br>"));
+    // A fragment ending in a break has no line after it.
+    if (d->lines.size() > 1 && d->lines.constLast().isEmpty())
+        d->lines.removeLast();
+    qsizetype widest = 0;
+    for (const QString& line : std::as_const(d->lines))
+        widest = std::max(widest, shownLength(line));
+    d->widest = int(widest);
+    if (d->focusLine >= d->lines.size())
+        d->focusLine = d->focusLink = -1;
+    updateScrollBars();
+    viewport()->update();
+}
+
+void PageLinesView::measure()
+{
+    // Two lines laid out as a label lays out a "<pre>" give where lines start and how far apart.
+    QTextDocument sample;
+    sample.setDefaultFont(font());
+    sample.setDocumentMargin(margin);
+    sample.setHtml(QStringLiteral("<pre>M\nM</pre>"));
+    QAbstractTextDocumentLayout* layout = sample.documentLayout();
+    const QRectF first = layout->blockBoundingRect(sample.begin());
+    const QRectF second = layout->blockBoundingRect(sample.begin().next());
+    d->top = first.top();
+    d->lineHeight = std::max<qreal>(1, second.top() - first.top());
+    d->bottom = layout->documentSize().height() - second.bottom();
+    QTextDocument alone;
+    alone.setDefaultFont(font());
+    alone.setDocumentMargin(0);
+    alone.setHtml(QStringLiteral("<pre>M</pre>"));
+    d->blockTop = alone.documentLayout()->blockBoundingRect(alone.begin()).top();
+    d->characterWidth = QFontMetricsF(font()).horizontalAdvance(QLatin1Char('M'));
+    d->documents.clear();
+}
+
+void PageLinesView::updateScrollBars()
+{
+    const QSize area = viewport()->size();
+    const int height = qCeil(d->top + d->lines.size() * d->lineHeight + d->bottom);
+    const int width = qCeil(2 * margin + d->widest * d->characterWidth);
+    verticalScrollBar()->setRange(0, std::max(0, height - area.height()));
+    verticalScrollBar()->setPageStep(area.height());
+    verticalScrollBar()->setSingleStep(qRound(d->lineHeight));
+    horizontalScrollBar()->setRange(0, std::max(0, width - area.width()));
+    horizontalScrollBar()->setPageStep(area.width());
+}
+
+int PageLinesView::lineAt(int y) const
+{
+    const qreal inList = y + verticalScrollBar()->value() - d->top;
+    if (inList < 0)
+        return -1;
+    const int line = int(inList / d->lineHeight);
+    return line < d->lines.size() ? line : -1;
+}
+
+QString PageLinesView::hrefAt(const QPoint& point) const
+{
+    const int line = lineAt(point.y());
+    if (line < 0)
+        return {};
+    const auto document = d->document(this, line);
+    const QPointF inDocument(point.x() + horizontalScrollBar()->value() - margin,
+                             point.y() + verticalScrollBar()->value() - d->top
+                                 - line * d->lineHeight + d->blockTop);
+    return document->documentLayout()->anchorAt(inDocument);
+}
+
+void PageLinesView::paintEvent(QPaintEvent* event)
+{
+    QPainter painter(viewport());
+    const QRect dirty = event->rect();
+    const int first = std::max(0, lineAt(dirty.top()));
+    const qreal scrolledTop = d->top - verticalScrollBar()->value();
+    const int x = margin - horizontalScrollBar()->value();
+    for (int line = first; line < d->lines.size(); ++line) {
+        const qreal y = scrolledTop + line * d->lineHeight;
+        if (y > dirty.bottom())
+            break;
+        const auto document = d->document(this, line);
+        QAbstractTextDocumentLayout::PaintContext context;
+        context.palette = palette();
+        context.palette.setColor(QPalette::Text, palette().color(QPalette::Text));
+        if (line == d->focusLine && hasFocus()) {
+            const auto [start, end] = Private::linkRange(*document, d->focusLink);
+            if (start >= 0) {
+                QTextCursor cursor(document.get());
+                cursor.setPosition(start);
+                cursor.setPosition(end, QTextCursor::KeepAnchor);
+                QAbstractTextDocumentLayout::Selection selection;
+                selection.cursor = cursor;
+                selection.format.setBackground(palette().brush(QPalette::Highlight));
+                selection.format.setForeground(palette().brush(QPalette::HighlightedText));
+                context.selections << selection;
+            }
+        }
+        painter.save();
+        painter.translate(x, y - d->blockTop);
+        context.clip = QRectF(-x, d->blockTop, viewport()->width(), d->lineHeight);
+        painter.setClipRect(context.clip);
+        document->documentLayout()->draw(&painter, context);
+        painter.restore();
+    }
+}
+
+void PageLinesView::resizeEvent(QResizeEvent* event)
+{
+    QAbstractScrollArea::resizeEvent(event);
+    updateScrollBars();
+}
+
+void PageLinesView::mouseMoveEvent(QMouseEvent* event)
+{
+    viewport()->setCursor(hrefAt(event->position().toPoint()).isEmpty() ? Qt::IBeamCursor
+                                                                        : Qt::PointingHandCursor);
+    QAbstractScrollArea::mouseMoveEvent(event);
+}
+
+void PageLinesView::mouseReleaseEvent(QMouseEvent* event)
+{
+    const QString href =
+        event->button() == Qt::LeftButton ? hrefAt(event->position().toPoint()) : QString();
+    if (href.isEmpty()) {
+        QAbstractScrollArea::mouseReleaseEvent(event);
+        return;
+    }
+    emit signalLinkActivated(href);
+}
+
+void PageLinesView::keyPressEvent(QKeyEvent* event)
+{
+    if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && d->focusLine >= 0) {
+        const auto document = d->document(this, d->focusLine);
+        const auto [start, end] = Private::linkRange(*document, d->focusLink);
+        if (start >= 0) {
+            QTextCursor cursor(document.get());
+            cursor.setPosition(start + 1);
+            emit signalLinkActivated(cursor.charFormat().anchorHref());
+            return;
+        }
+    }
+    QAbstractScrollArea::keyPressEvent(event);
+}
+
+bool PageLinesView::focusNextPrevChild(bool next)
+{
+    // Tab goes from link to link, as in a label, and on past the last one.
+    if (hasFocus() && moveLinkFocus(next))
+        return true;
+    return QAbstractScrollArea::focusNextPrevChild(next);
+}
+
+bool PageLinesView::moveLinkFocus(bool forward)
+{
+    const int step = forward ? 1 : -1;
+    int line = d->focusLine;
+    int link = d->focusLink + step;
+    if (line < 0) {
+        line = forward ? 0 : int(d->lines.size()) - 1;
+        link = forward ? 0 : -1;
+    }
+    while (line >= 0 && line < d->lines.size()) {
+        const int links = int(d->lines.at(line).count(QStringLiteral("<a ")));
+        if (link < 0)
+            link = links - 1;
+        if (link >= 0 && link < links) {
+            d->focusLine = line;
+            d->focusLink = link;
+            const qreal y = d->top + line * d->lineHeight;
+            const int value = verticalScrollBar()->value();
+            if (y < value || y + d->lineHeight > value + viewport()->height())
+                verticalScrollBar()->setValue(qRound(y - viewport()->height() / 2.0));
+            viewport()->update();
+            return true;
+        }
+        line += step;
+        link = forward ? 0 : -1;
+    }
+    d->focusLine = d->focusLink = -1;
+    viewport()->update();
+    return false;
+}
+
+void PageLinesView::changeEvent(QEvent* event)
+{
+    QAbstractScrollArea::changeEvent(event);
+    if (event->type() == QEvent::FontChange) {
+        measure();
+        updateScrollBars();
+    }
+}
