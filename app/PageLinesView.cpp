@@ -16,7 +16,7 @@ namespace {
 const int margin = 5; // a label's margin, or the browser's document margin
 
 // The characters a line shows: its text without tags, an entity counting as one.
-qsizetype shownLength(const QString& line)
+qsizetype shownLength(QStringView line)
 {
     qsizetype length = 0;
     bool inTag = false;
@@ -40,7 +40,20 @@ qsizetype shownLength(const QString& line)
 
 struct PageLinesView::Private
 {
-    QStringList lines;
+    // The fragment, shared with the collector's text rather than copied, and where each of its
+    // lines starts; a line ends where the next one's break begins.
+    QString html;
+    QList<qsizetype> starts;
+    qsizetype lineCount() const { return starts.size(); }
+    QStringView line(int index) const
+    {
+        const qsizetype start = starts.at(index);
+        const qsizetype end =
+            index + 1 < starts.size() ? starts.at(index + 1) - breakLength : html.size();
+        return QStringView(html).mid(start, end - start);
+    }
+    static constexpr qsizetype breakLength = 4; // "<br>"
+
     // Laid out on demand, for the lines in sight; dropped when too many are kept.
     mutable QHash<int, std::shared_ptr<QTextDocument>> documents;
     // Where the first line starts inside its own document, and the height of every line: a
@@ -66,7 +79,7 @@ struct PageLinesView::Private
         document->setUndoRedoEnabled(false);
         document->setDefaultFont(view->font());
         document->setDocumentMargin(0);
-        document->setHtml(QStringLiteral("<pre>") + lines.at(line) + QStringLiteral("</pre>"));
+        document->setHtml(QStringLiteral("<pre>%1</pre>").arg(this->line(line)));
         documents.insert(line, document);
         return document;
     }
@@ -108,15 +121,19 @@ PageLinesView::~PageLinesView() = default;
 void PageLinesView::setFragment(const QString& html)
 {
     d->documents.clear();
-    d->lines = html.split(QStringLiteral("<br>"));
+    d->html = html;
+    d->starts = {0};
+    const QLatin1String lineBreak("<br>");
+    for (qsizetype at = html.indexOf(lineBreak); at >= 0; at = html.indexOf(lineBreak, at))
+        d->starts.append(at += Private::breakLength);
     // A fragment ending in a break has no line after it.
-    if (d->lines.size() > 1 && d->lines.constLast().isEmpty())
-        d->lines.removeLast();
+    if (d->starts.size() > 1 && d->starts.constLast() == html.size())
+        d->starts.removeLast();
     qsizetype widest = 0;
-    for (const QString& line : std::as_const(d->lines))
-        widest = std::max(widest, shownLength(line));
+    for (int line = 0; line < d->lineCount(); ++line)
+        widest = std::max(widest, shownLength(d->line(line)));
     d->widest = int(widest);
-    if (d->focusLine >= d->lines.size())
+    if (d->focusLine >= d->lineCount())
         d->focusLine = d->focusLink = -1;
     updateScrollBars();
     viewport()->update();
@@ -147,7 +164,7 @@ void PageLinesView::measure()
 void PageLinesView::updateScrollBars()
 {
     const QSize area = viewport()->size();
-    const int height = qCeil(d->top + d->lines.size() * d->lineHeight + d->bottom);
+    const int height = qCeil(d->top + d->lineCount() * d->lineHeight + d->bottom);
     const int width = qCeil(2 * margin + d->widest * d->characterWidth);
     verticalScrollBar()->setRange(0, std::max(0, height - area.height()));
     verticalScrollBar()->setPageStep(area.height());
@@ -162,7 +179,7 @@ int PageLinesView::lineAt(int y) const
     if (inList < 0)
         return -1;
     const int line = int(inList / d->lineHeight);
-    return line < d->lines.size() ? line : -1;
+    return line < d->lineCount() ? line : -1;
 }
 
 QString PageLinesView::hrefAt(const QPoint& point) const
@@ -184,7 +201,7 @@ void PageLinesView::paintEvent(QPaintEvent* event)
     const int first = std::max(0, lineAt(dirty.top()));
     const qreal scrolledTop = d->top - verticalScrollBar()->value();
     const int x = margin - horizontalScrollBar()->value();
-    for (int line = first; line < d->lines.size(); ++line) {
+    for (int line = first; line < d->lineCount(); ++line) {
         const qreal y = scrolledTop + line * d->lineHeight;
         if (y > dirty.bottom())
             break;
@@ -267,11 +284,11 @@ bool PageLinesView::moveLinkFocus(bool forward)
     int line = d->focusLine;
     int link = d->focusLink + step;
     if (line < 0) {
-        line = forward ? 0 : int(d->lines.size()) - 1;
+        line = forward ? 0 : int(d->lineCount()) - 1;
         link = forward ? 0 : -1;
     }
-    while (line >= 0 && line < d->lines.size()) {
-        const int links = int(d->lines.at(line).count(QStringLiteral("<a ")));
+    while (line >= 0 && line < d->lineCount()) {
+        const int links = int(d->line(line).count(QStringLiteral("<a ")));
         if (link < 0)
             link = links - 1;
         if (link >= 0 && link < links) {

@@ -3,7 +3,8 @@
 # the collector's walk, the page's first showing (layout and first paint) with the peak memory of
 # that process, and the whole program's launch to its main window, once with the page behind
 # another and once in front (a link to nothing is not writable, so the page has an error and comes
-# first). Prints one table; each figure is the median of RUNS runs (3 unless set). Run it from a
+# first), and a "Remove" link's click until the page shows again. Prints one table; each figure
+# is the median of RUNS runs (3 unless set). Run it from a
 # built tree: bench/permissions.sh [COUNTS]
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -65,24 +66,27 @@ window_ms() { # home
 
 median() { printf '%s\n' "$@" | sort -n | awk '{a[NR]=$1} END {print a[int((NR+1)/2)]}'; }
 
-printf '%8s %8s %10s %10s %10s %12s %12s\n' files paths "walk ms" "page ms" "peak KiB" \
-    "window ms" "page first"
+printf '%8s %8s %10s %10s %10s %12s %12s %10s\n' files paths "walk ms" "page ms" "peak KiB" \
+    "window ms" "page first" "remove ms"
 for count in $counts; do
     home=$work/home-$count
     make_home "$home" "$count"
-    walks=() pages=() peaks=() windows=() firsts=() paths=0
+    walks=() pages=() peaks=() windows=() firsts=() removes=() paths=0
     for _ in $(seq "$runs"); do
-        read -r paths walk page peak < <(HOME=$home XDG_DATA_HOME=$home/.local/share \
+        read -r paths walk page peak remove < <(HOME=$home XDG_DATA_HOME=$home/.local/share \
             XDG_CONFIG_HOME=$home/.config XDG_CACHE_HOME=$home/.cache "$driver" 2>/dev/null)
-        walks+=("$walk") pages+=("$page") peaks+=("$peak")
+        walks+=("$walk") pages+=("$page") peaks+=("$peak") removes+=("$remove")
+        # The click put the file into the trash; the next run finds it back in place.
+        printf '6f1c2d3e-0000-4000-8000-0123456789ab' >"$home/.local/share/Corvanta/userUUID.txt"
+        rm -rf "$home/.local/share/Trash"
         windows+=("$(window_ms "$home")")
     done
     ln -s nowhere "$home/.local/share/Corvanta/dangling"
     for _ in $(seq "$runs"); do
         firsts+=("$(window_ms "$home")")
     done
-    printf '%8d %8d %10s %10s %10s %12s %12s\n' "$count" "$paths" "$(median "${walks[@]}")" \
+    printf '%8d %8d %10s %10s %10s %12s %12s %10s\n' "$count" "$paths" "$(median "${walks[@]}")" \
         "$(median "${pages[@]}")" "$(median "${peaks[@]}")" "$(median "${windows[@]}")" \
-        "$(median "${firsts[@]}")"
+        "$(median "${firsts[@]}")" "$(median "${removes[@]}")"
     rm -rf "$home"
 done

@@ -1,4 +1,5 @@
 #include "BaseApplication.h"
+#include "SupportCorvantaData.h"
 #include "SupportPermissionsData.h"
 #include "SupportPermissionsTab.h"
 
@@ -20,8 +21,9 @@ long peakKib()
 } // namespace
 
 // Loads the Permissions collector for the product's folders under $HOME, then shows its page at
-// the size it has in the window and paints it once, on the display the environment gives. Prints
-// the paths listed, the two times in milliseconds and the peak memory in KiB.
+// the size it has in the window and paints it once, on the display the environment gives, then
+// clicks the "Remove" link of one file. Prints the paths listed, the two times in milliseconds,
+// the peak memory in KiB by then, and the milliseconds the click took.
 int main(int argc, char** argv)
 {
     BaseApplication application(QStringLiteral("Corvanta"), QStringLiteral("1.0.5"), argc, argv);
@@ -40,9 +42,18 @@ int main(int argc, char** argv)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
     page.repaint();
     const double pageMs = double(timer.nsecsElapsed()) / 1e6;
+    const long peak = peakKib();
+    const long long paths = collector.text()->count(QStringLiteral("<br>"));
 
-    std::printf("%lld %.1f %.1f %ld\n",
-                static_cast<long long>(collector.text()->count(QStringLiteral("<br>"))), walkMs,
-                pageMs, peakKib());
+    // A "Remove" link clicked: the file goes to the trash, and the page is shown again.
+    timer.restart();
+    page.onLinkActivated(
+        QStringLiteral("#deletePath")
+        + SupportCorvantaData::productAppDataPath(SupportCorvantaData::productName())
+        + QStringLiteral("/userUUID.txt"));
+    page.repaint();
+    const double removeMs = double(timer.nsecsElapsed()) / 1e6;
+
+    std::printf("%lld %.1f %.1f %ld %.1f\n", paths, walkMs, pageMs, peak, removeMs);
     return 0;
 }
