@@ -1,6 +1,9 @@
 #include "PageLinesView.h"
 
+#include "PageLinesAccessible.h"
+
 #include <QAbstractTextDocumentLayout>
+#include <QAccessible>
 #include <QHash>
 #include <QKeyEvent>
 #include <QPainter>
@@ -16,6 +19,41 @@ namespace {
 const int margin = 5; // a label's margin, or the browser's document margin
 
 // The characters a line shows: its text without tags, an entity counting as one.
+// The line as shown: without its tags, its entities as their characters.
+QString shownLine(QStringView line)
+{
+    QString shown;
+    shown.reserve(line.size());
+    bool inTag = false;
+    for (qsizetype i = 0; i < line.size(); ++i) {
+        const QChar c = line.at(i);
+        if (inTag) {
+            inTag = c != QLatin1Char('>');
+        } else if (c == QLatin1Char('<')) {
+            inTag = true;
+        } else if (c == QLatin1Char('&')) {
+            static const QList<QPair<QLatin1String, QChar>> entities{
+                {QLatin1String("&amp;"), QLatin1Char('&')},
+                {QLatin1String("&lt;"), QLatin1Char('<')},
+                {QLatin1String("&gt;"), QLatin1Char('>')},
+                {QLatin1String("&quot;"), QLatin1Char('"')},
+                {QLatin1String("&#39;"), QLatin1Char('\'')}};
+            QChar decoded = c;
+            for (const auto& [name, character] : entities) {
+                if (line.mid(i).startsWith(name)) {
+                    decoded = character;
+                    i += name.size() - 1;
+                    break;
+                }
+            }
+            shown += decoded;
+        } else {
+            shown += c;
+        }
+    }
+    return shown;
+}
+
 qsizetype shownLength(QStringView line)
 {
     qsizetype length = 0;
@@ -110,6 +148,9 @@ PageLinesView::PageLinesView(QWidget* parent)
     : QAbstractScrollArea(parent)
     , d(std::make_unique<Private>())
 {
+    // Assistive tools read the text through its own interface.
+    static const bool accessible = (QAccessible::installFactory(PageLinesAccessible::create), true);
+    Q_UNUSED(accessible)
     setFocusPolicy(Qt::StrongFocus);
     viewport()->setMouseTracking(true);
     viewport()->setBackgroundRole(QPalette::Base);
@@ -137,6 +178,27 @@ void PageLinesView::setFragment(const QString& html)
         d->focusLine = d->focusLink = -1;
     updateScrollBars();
     viewport()->update();
+}
+
+QString PageLinesView::shownText() const
+{
+    QString text;
+    for (int line = 0; line < d->lineCount(); ++line)
+        text += shownLine(d->line(line)) + QLatin1Char('\n');
+    return text;
+}
+
+QPair<int, int> PageLinesView::focusedLinkRange() const
+{
+    if (d->focusLine < 0)
+        return {-1, -1};
+    const auto [start, end] = Private::linkRange(*d->document(this, d->focusLine), d->focusLink);
+    if (start < 0)
+        return {-1, -1};
+    qsizetype before = 0;
+    for (int line = 0; line < d->focusLine; ++line)
+        before += shownLine(d->line(line)).size() + 1;
+    return {int(before + start), int(before + end)};
 }
 
 void PageLinesView::measure()
@@ -299,6 +361,11 @@ bool PageLinesView::moveLinkFocus(bool forward)
             if (y < value || y + d->lineHeight > value + viewport()->height())
                 verticalScrollBar()->setValue(qRound(y - viewport()->height() / 2.0));
             viewport()->update();
+            if (QAccessible::isActive()) {
+                const auto [start, end] = focusedLinkRange();
+                QAccessibleTextSelectionEvent moved(this, start, end);
+                QAccessible::updateAccessibility(&moved);
+            }
             return true;
         }
         line += step;

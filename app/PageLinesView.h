@@ -19,6 +19,11 @@ public:
     // Keeps the place in the list, as far as the new text reaches.
     void setFragment(const QString& html);
 
+    // For assistive tools: the text as shown, each line ending in "\n", and where in it the link
+    // in hand from the keyboard is ({-1, -1} without one).
+    QString shownText() const;
+    QPair<int, int> focusedLinkRange() const;
+
 signals:
     // The link's href exactly as written in the fragment.
     void signalLinkActivated(const QString& href);

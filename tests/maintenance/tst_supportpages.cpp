@@ -12,6 +12,7 @@
 #include "SupportPermissionsData.h"
 #include "SupportPermissionsTab.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QDir>
 #include <QFileDialog>
@@ -291,6 +292,13 @@ private slots:
             html.left(html.indexOf(removeLink("deletePath" + target))).count(u"<a "_s);
         for (qsizetype i = 0; i <= links; ++i)
             QTest::keyClick(view, Qt::Key_Tab);
+        // A screen reader reads the link in hand, and the path after it.
+        QAccessibleTextInterface* reader =
+            QAccessible::queryAccessibleInterface(view)->textInterface();
+        int start = 0;
+        int end = 0;
+        reader->selection(0, &start, &end);
+        QCOMPARE(reader->text(start, end + 1 + int(target.size())), "Remove " + target);
         QTest::keyClick(view, Qt::Key_Return);
 
         auto expected = before;
