@@ -82,9 +82,14 @@ QString reportFolderName(const QDateTime& now)
 
 QString saveReport(const SupportDataMap& table)
 {
-    const QString parent = QFileDialog::getExistingDirectory(
-        nullptr, QCoreApplication::translate("ReportExport", "Select Folder"), desktopFolder(),
-        QFileDialog::ShowDirsOnly | QFileDialog::DontResolveSymlinks);
+    return saveReportIn(
+        table, QFileDialog::getExistingDirectory(
+                   nullptr, QCoreApplication::translate("ReportExport", "Select Folder"),
+                   desktopFolder(), QFileDialog::ShowDirsOnly | QFileDialog::DontResolveSymlinks));
+}
+
+QString saveReportIn(const SupportDataMap& table, const QString& parent)
+{
     if (parent.isEmpty())
         return QCoreApplication::translate("ReportExport",
                                            "Report not saved: no folder was chosen.");

@@ -21,6 +21,8 @@ void copyReport(const SupportDataMap& table);
 // Asks for a folder, then writes "report.txt" and "report.png" into a new dated folder in it.
 // Returns what was done, for the status bar: the folder written, or why nothing was.
 QString saveReport(const SupportDataMap& table);
+// The same into the chosen parent folder; empty when none was chosen.
+QString saveReportIn(const SupportDataMap& table, const QString& parent);
 // Writes the report into the dated folder for the given time under parent; returns that folder.
 QString saveReportTo(const SupportDataMap& table, const QString& parent,
                      const QDateTime& now = QDateTime::currentDateTimeUtc());

@@ -152,6 +152,16 @@ private slots:
         QVERIFY(putFile(home.path(u"file"_s), "x"));
         QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^Failed to open writable text file"));
         QVERIFY(!QFile::exists(saveReportTo(*table, home.path(u"file"_s)) + "/report.txt"));
+
+        // The status bar is told what was written, or why nothing was.
+        QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^Failed to open writable text file"));
+        QCOMPARE(saveReportIn(*table, home.path(u"file"_s)),
+                 "Report not saved: no folder can be made in " + home.path(u"file"_s) + '.');
+        QCOMPARE(saveReportIn(*table, QString()), u"Report not saved: no folder was chosen."_s);
+        const QString said = saveReportIn(*table, parent);
+        QVERIFY2(said.startsWith("Report saved in " + parent + "/Corvanta Support Report ")
+                     && QFile::exists(said.section(u" in "_s, 1) + "/report.txt"),
+                 qPrintable(said));
     }
 
     void emailCarriesTheReportWhole()
