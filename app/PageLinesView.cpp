@@ -270,7 +270,6 @@ void PageLinesView::paintEvent(QPaintEvent* event)
         const auto document = d->document(this, line);
         QAbstractTextDocumentLayout::PaintContext context;
         context.palette = palette();
-        context.palette.setColor(QPalette::Text, palette().color(QPalette::Text));
         if (line == d->focusLine && hasFocus()) {
             const auto [start, end] = Private::linkRange(*document, d->focusLink);
             if (start >= 0) {
