@@ -1,6 +1,7 @@
 #include "ReportCommandLine.h"
 
 #include <QCommandLineParser>
+#include <QFileInfo>
 
 #include <cerrno>
 #include <cstdio>
@@ -105,6 +106,10 @@ ReportCommandLine::ReportCommandLine(const QStringList& arguments)
         d->refusal = tr("--diff prints text; leave out --format json");
     } else if (!laterReport().isEmpty() && d->parser.isSet(d->save)) {
         d->refusal = tr("--save saves this machine's report; leave out LATER");
+    } else if (d->parser.isSet(d->save) && saveFolder().isEmpty()) {
+        d->refusal = tr("--save needs the folder to save the report in");
+    } else if (const QFileInfo folder(saveFolder()); folder.exists() && !folder.isDir()) {
+        d->refusal = tr("--save needs a folder, and \"%1\" is not one").arg(saveFolder());
     }
 }
 
@@ -182,6 +187,11 @@ int ReportCommandLine::finish(const QByteArray& output, bool differs,
         return fail(
             tr("cannot write the report: %1").arg(QString::fromLocal8Bit(std::strerror(errno))));
     return differs ? Differs : Done;
+}
+
+void ReportCommandLine::warn(const QString& problem) const
+{
+    sayOnError(problem);
 }
 
 int ReportCommandLine::fail(const QString& problem) const

@@ -4,10 +4,7 @@
 
 #include <QCoreApplication>
 
-namespace {
-
-// What a field's line shows after its label and the label's padding.
-QString valueAndNote(const ReportField& field)
+QString ReportDocument::shownValue(const ReportField& field)
 {
     QString text = field.value;
     if (!field.note.isEmpty())
@@ -15,11 +12,17 @@ QString valueAndNote(const ReportField& field)
     return text.trimmed();
 }
 
-} // namespace
-
 QList<QPair<int, QString>> ReportDocument::Section::lines() const
 {
     QList<QPair<int, QString>> lines;
+    for (const Span& span : spans())
+        lines.append({span.field, text.mid(span.start, span.length)});
+    return lines;
+}
+
+QList<ReportDocument::Section::Span> ReportDocument::Section::spans() const
+{
+    QList<Span> lines;
     qsizetype position = 0;
     // The errors block heads the page and ends at its first blank line; it is not page text.
     if (!errors.isEmpty() && text.startsWith(QStringLiteral("Errors:\n"))) {
@@ -27,20 +30,27 @@ QList<QPair<int, QString>> ReportDocument::Section::lines() const
         position = end < 0 ? text.size() : end;
     }
     const auto addText = [this, &lines](qsizetype from, qsizetype to) {
-        const QList<QStringView> pieces = QStringView(text).mid(from, to - from).split(u'\n');
-        for (const QStringView piece : pieces) {
-            if (!piece.trimmed().isEmpty())
-                lines.append({-1, piece.toString()});
+        while (from < to) {
+            qsizetype end = text.indexOf(QLatin1Char('\n'), from);
+            if (end < 0 || end > to)
+                end = to;
+            if (!QStringView(text).mid(from, end - from).trimmed().isEmpty())
+                lines.append({-1, from, end - from});
+            from = end + 1;
         }
     };
     for (int i = 0; i < fields.size(); ++i) {
         const ReportField& field = fields.at(i);
-        const QString shown = valueAndNote(field);
-        // The field's line starts with its label, unless the field follows the one before on its
-        // line; padding, the value and the note follow.
+        const QString shown = shownValue(field);
+        // The field's line starts with its label, after blanks where a link the plain text leaves
+        // out stood, unless the field follows the one before on its line; padding, the value and
+        // the note follow.
         for (qsizetype at = text.indexOf(field.label, position); at >= 0;
              at = text.indexOf(field.label, at + 1)) {
-            if (at > 0 && text.at(at - 1) != QLatin1Char('\n') && at != position)
+            qsizetype before = at;
+            while (before > position && text.at(before - 1) == QLatin1Char(' '))
+                --before;
+            if (before > 0 && text.at(before - 1) != QLatin1Char('\n') && at != position)
                 continue;
             const qsizetype rest = at + field.label.size();
             qsizetype end = text.indexOf(QLatin1Char('\n'), rest);
@@ -49,7 +59,7 @@ QList<QPair<int, QString>> ReportDocument::Section::lines() const
             if (QStringView(text).mid(rest, end - rest).trimmed() != shown)
                 continue;
             addText(position, at);
-            lines.append({i, text.mid(at, end - at)});
+            lines.append({i, at, end - at});
             position = end;
             break;
         }

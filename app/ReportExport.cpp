@@ -92,7 +92,7 @@ QString saveReportTo(const SupportDataMap& table, const QString& parent, const Q
     // Failures are not shown: the text writer logs its own, a picture that cannot be saved is
     // left out.
     QString folder;
-    saveReportBundle(parent, now, reportText(table), reportPicture(table), {}, &folder);
+    saveReportBundle(parent, now, reportText(table), reportPicture(table), &folder);
     return folder;
 }
 
