@@ -135,13 +135,20 @@ struct ReportRedactor::Private
     QList<Name> names;
     QSet<QString> known;
     QSet<QString> knownAddresses;
+    // The report's own wording, its labels and page names: "Application Data" stays as it is in
+    // "Application Data folder not found." for a user named "data".
+    QSet<QString> wording;
     QHash<QByteArray, QString> placeholders; // mappingKey of stem and key
     QHash<QString, int> counts;              // by stem
     bool changed = false;
 
     void addName(const QString& name, Kind kind, const QString& key, bool asPath = false)
     {
-        if (name.trimmed().isEmpty() || known.contains(name.toLower()))
+        // A report redacted before gives its placeholders, not names.
+        static const QRegularExpression placeholderName(
+            QStringLiteral("^(?:~|(?:host|user|mac|ip|uuid)-\\d+)$"));
+        if (name.trimmed().isEmpty() || known.contains(name.toLower())
+            || placeholderName.match(name).hasMatch())
             return;
         known.insert(name.toLower());
         // Only a whole folder name, so "/home/ann" does not touch "/home/anna".
@@ -178,6 +185,15 @@ QList<Match> ReportRedactor::Private::matches(const QString& text, bool addresse
     };
     for (const Name& name : names)
         collect(name.pattern, name.kind, [&name](const QString&) { return name.key; });
+    found.removeIf([this, &text](const Match& match) {
+        if (match.kind != HostKind && match.kind != UserKind)
+            return false;
+        return std::any_of(wording.cbegin(), wording.cend(), [&](const QString& phrase) {
+            const qsizetype at = text.indexOf(
+                phrase, std::max<qsizetype>(0, match.start + match.length - phrase.size()));
+            return at >= 0 && at <= match.start;
+        });
+    });
     collect(macPattern, MacKind, [](QString mac) {
         return mac.remove(QLatin1Char(':')).remove(QLatin1Char('-')).toUpper();
     });
@@ -293,6 +309,19 @@ QString ReportRedactor::userMappingFile()
 
 void ReportRedactor::learn(const ReportDocument& document)
 {
+    static const QRegularExpression letters(QStringLiteral("\\p{L}"));
+    for (const ReportDocument::Section& section : document.sections) {
+        d->wording.insert(section.name);
+        for (const ReportField& field : section.fields) {
+            QString phrase = field.label.trimmed();
+            if (phrase.endsWith(QLatin1Char(':')))
+                phrase.chop(1);
+            if (labelNamesNothing(field.label) && phrase.contains(letters))
+                d->wording.insert(phrase);
+        }
+    }
+    d->wording.remove(QString());
+
     QStringList hosts = fieldValues(document, QStringLiteral("Host Name:"));
     QStringList users = fieldValues(document, QStringLiteral("User Name:"));
     hosts << QSysInfo::machineHostName();

@@ -348,6 +348,133 @@ private slots:
         QVERIFY(outputs[u"report.txt"_s].contains(u"\nHost Name:          host-1\n"_s));
     }
 
+    // Host and user names that are common words, or parts of the report's own words, and a
+    // product version that looks like an address: only the values that name the machine change,
+    // and none of them survives in any case or spelling. An unchanged machine compares equal.
+    void redactionReplacesOnlyWhatIdentifies_data()
+    {
+        QTest::addColumn<QString>("host");
+        QTest::addColumn<QString>("user");
+        QTest::newRow("debian, local") << u"debian"_s << u"local"_s;
+        QTest::newRow("mono, sans") << u"mono"_s << u"sans"_s;
+        QTest::newRow("home, data") << u"home"_s << u"data"_s;
+        QTest::newRow("system, linux") << u"system"_s << u"linux"_s;
+    }
+
+    void redactionReplacesOnlyWhatIdentifies()
+    {
+        QFETCH(QString, host);
+        QFETCH(QString, user);
+        const QString home = m_files.filePath(u"home/"_s + user);
+        QVERIFY(QDir(home).removeRecursively() && QDir().mkpath(home));
+        QVERIFY(putFile(home + u"/.local/share/applications/corvanta.desktop"_s,
+                        "[Desktop Entry]\nType=Application\nName=Corvanta\n"
+                        "Exec=/opt/Corvanta/Corvanta\nX-AppImage-Version=5.2.0.14\n"));
+        QVERIFY(putFile(m_files.filePath(u"passwd"_s),
+                        (user + u":x:0:0::"_s + home + u":/bin/sh\n"_s).toUtf8()));
+        // Twice redacted, so the second run meets the placeholders the first one kept.
+        QProcess run;
+        run.setWorkingDirectory(m_files.path());
+        run.start(u"unshare"_s,
+                  {u"-mu"_s, u"sh"_s, u"-c"_s,
+                   u"hostname \"$1\" && mount --bind passwd /etc/passwd && export HOME=\"$2\" && "
+                   "unset XDG_CONFIG_HOME XDG_DATA_HOME XDG_CACHE_HOME && export "
+                   "http_proxy=http://127.0.0.1:9 https_proxy=http://127.0.0.1:9 && "
+                   "\"$0\" --format json > plain.json && "
+                   "\"$0\" --redact --format json > redacted.json && "
+                   "\"$0\" --redact --diff redacted.json"_s,
+                   QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY), host, home});
+        QVERIFY(run.waitForFinished(60000));
+        QCOMPARE(run.readAllStandardOutput(), QByteArray());
+        QCOMPARE(run.exitCode(), 0);
+        const QJsonArray plain =
+            QJsonDocument::fromJson(fileBytes(m_files.filePath(u"plain.json"_s)))
+                .object()[u"sections"_s]
+                .toArray();
+        const QJsonArray redacted =
+            QJsonDocument::fromJson(fileBytes(m_files.filePath(u"redacted.json"_s)))
+                .object()[u"sections"_s]
+                .toArray();
+        QCOMPARE(redacted.size(), plain.size());
+
+        // The values that name the machine, and what stands for them.
+        QMap<QString, QString> swaps;
+        for (qsizetype i = 0; i < plain.size(); ++i) {
+            const QJsonArray before = plain[i][u"fields"_s].toArray();
+            const QJsonArray after = redacted[i][u"fields"_s].toArray();
+            QCOMPARE(after.size(), before.size());
+            QString heading;
+            for (qsizetype j = 0; j < before.size(); ++j) {
+                const QString label = before[j][u"label"_s].toString();
+                if (!label.startsWith(' '))
+                    heading = label;
+                if (!label.contains('\n'))
+                    QCOMPARE(after[j][u"label"_s].toString(), label);
+                static const QStringList named{u"Host Name:"_s, u"User Name:"_s,
+                                               u"MAC Interfaces:"_s, u"Local IP Addresses:"_s};
+                const QString value = before[j][u"value"_s].toString().trimmed();
+                if (named.contains(heading) && !value.isEmpty())
+                    swaps.insert(value, after[j][u"value"_s].toString().trimmed());
+            }
+        }
+        QCOMPARE(swaps.value(host), u"host-1"_s);
+        QCOMPARE(swaps.value(user), u"user-1"_s);
+        swaps.insert(home, u"~"_s);
+
+        // The report's own wording stays, labels and page names, and so does the rest of each
+        // page word for word; free space and the clock move between runs.
+        QStringList wording;
+        for (const QJsonValue& section : plain) {
+            wording << section[u"name"_s].toString();
+            for (const QJsonValue& field : section[u"fields"_s].toArray()) {
+                const QString label = field[u"label"_s].toString().trimmed();
+                if (!label.contains('\n') && !label.startsWith('/') && !label.isEmpty())
+                    wording << (label.endsWith(':') ? label.chopped(1) : label);
+            }
+        }
+        std::sort(wording.begin(), wording.end(),
+                  [](const QString& a, const QString& b) { return a.size() > b.size(); });
+        const auto hideWording = [&wording](QString text) {
+            for (qsizetype i = 0; i < wording.size(); ++i)
+                text.replace(wording[i], u"\x01%1\x02"_s.arg(i));
+            return text;
+        };
+        const auto showWording = [&wording](QString text) {
+            for (qsizetype i = 0; i < wording.size(); ++i)
+                text.replace(u"\x01%1\x02"_s.arg(i), wording[i]);
+            return text;
+        };
+        const QString system = u"\x01%1\x02"_s.arg(wording.indexOf(u"Operating System"_s));
+        static const QRegularExpression moving(u"^(FreeSpace|System Time).*$"_s,
+                                               QRegularExpression::MultilineOption);
+        QString shown;
+        for (qsizetype i = 0; i < plain.size(); ++i) {
+            QStringList lines = hideWording(plain[i][u"text"_s].toString()).split('\n');
+            for (QString& line : lines) {
+                // The operating system's and the fonts' names stay what they are.
+                if (plain[i][u"kind"_s].toInt() == 1 || line.startsWith(system))
+                    continue;
+                for (auto it = swaps.cbegin(); it != swaps.cend(); ++it)
+                    line.replace(QRegularExpression(u"(?<![\\w.-])%1(?![\\w-])"_s.arg(
+                                                        QRegularExpression::escape(it.key())),
+                                                    QRegularExpression::CaseInsensitiveOption),
+                                 it.value());
+            }
+            const QString text = redacted[i][u"text"_s].toString();
+            QCOMPARE(QString(text).remove(moving), showWording(lines.join('\n')).remove(moving));
+            if (plain[i][u"kind"_s].toInt() != 1)
+                shown += hideWording(text).remove(QRegularExpression(
+                    u"^"_s + system + u".*$"_s, QRegularExpression::MultilineOption));
+        }
+        QVERIFY(shown.contains(u" - 5.2.0.14"_s));
+        // In any case, alone or between separators; ".local" is another word.
+        for (const QString& value : {host, user})
+            QVERIFY2(!shown.contains(QRegularExpression(
+                         u"(?<![\\p{L}\\p{N}.])%1(?![\\p{L}\\p{N}])"_s.arg(value),
+                         QRegularExpression::CaseInsensitiveOption)),
+                     qPrintable(value));
+    }
+
     // Nothing differs from itself; then the product gets its folder, a preference, an association
     // and a value in environment.d, which no page shows.
     void differencesSinceAnEarlierReport()
