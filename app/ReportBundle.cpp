@@ -66,11 +66,19 @@ bool saveCompleteReportBundle(const QString& parent, const QDateTime& now, const
     const QString temporary = QStringLiteral("%1/.%2.%3.partial")
                                   .arg(parent, reportFolderName(now))
                                   .arg(QCoreApplication::applicationPid());
+    // A folder that is not there yet is made, as Save Report makes it, and goes again on failure.
+    const bool madeParent = !QFileInfo::exists(parent) && QDir().mkpath(parent);
     if (!QDir().mkdir(temporary)) {
         *problem = QStringLiteral("%1: %2").arg(parent, systemReason());
+        if (madeParent)
+            QDir().rmdir(parent);
         return false;
     }
-    auto removeTemporary = qScopeGuard([&temporary] { QDir(temporary).removeRecursively(); });
+    auto removeTemporary = qScopeGuard([&temporary, &parent, madeParent] {
+        QDir(temporary).removeRecursively();
+        if (madeParent)
+            QDir().rmdir(parent);
+    });
     const QDir dir(temporary);
     QMap<QString, QByteArray> files{{QStringLiteral("report.txt"), text.toUtf8()},
                                     {QStringLiteral("report.json"), json}};

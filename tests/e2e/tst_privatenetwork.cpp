@@ -1,6 +1,7 @@
 #include "BasicTextProcessor.h"
 #include "PrivateNamespace.h"
 #include "ProductHome.h"
+#include "ReportExport.h"
 #include "SupportApplication.h"
 #include "SupportMainWindow.h"
 #include "SupportSystemData.h"
@@ -26,6 +27,8 @@
 #include <QTimer>
 #include <QUdpSocket>
 
+#include <sys/mount.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -175,9 +178,28 @@ private slots:
             while (QTcpSocket* socket = m_server.nextPendingConnection())
                 m_connections << socket;
         });
+        // Odd things to compare, and folders to save in that cannot take a report.
+        QVERIFY(::mkfifo(QFile::encodeName(m_files.filePath(u"fifo"_s)).constData(), 0600) == 0);
+        QFile big(m_files.filePath(u"big.json"_s));
+        QVERIFY(big.open(QIODevice::WriteOnly) && big.resize(64 * 1024 * 1024 + 1));
+        QVERIFY(putFile(m_files.filePath(u"empty.json"_s), {}));
+        for (const auto& [name, options] :
+             {std::pair{u"full"_s, u"size=8k"_s}, {u"readonly"_s, u"ro"_s}}) {
+            const QString folder = m_files.filePath(name);
+            QVERIFY(QDir().mkpath(folder));
+            QCOMPARE(QProcess::execute(u"mount"_s,
+                                       {u"-t"_s, u"tmpfs"_s, u"-o"_s, options, u"tmpfs"_s, folder}),
+                     0);
+        }
         // The closed proxy of the other suites would answer at once, and no silence be tested.
         for (const char* name : {"http_proxy", "https_proxy", "no_proxy"})
             qunsetenv(name);
+    }
+
+    void cleanupTestCase()
+    {
+        for (const QString& name : {u"full"_s, u"readonly"_s})
+            QCOMPARE(::umount(QFile::encodeName(m_files.filePath(name)).constData()), 0);
     }
 
     // The report program as a shell user meets it, without a display, in the language of LANG.
@@ -209,8 +231,27 @@ private slots:
             u"--save saves this machine's report; leave out LATER"_s);
         row("no earlier report", {u"--diff=/nonexistent/a.json"_s}, 2, {},
             u"/nonexistent/a.json: No such file or directory"_s);
-        row("no JSON to compare", {u"--diff"_s, u"/dev/null"_s}, 2, {},
-            u"/dev/null: not JSON (illegal value at byte 0)"_s);
+        const QString files = m_files.path();
+        row("no JSON to compare", {u"--diff"_s, files + u"/empty.json"_s}, 2, {},
+            files + u"/empty.json: not JSON (illegal value at byte 0)"_s);
+        // Looked at, never opened: neither ends, and a FIFO would not even open.
+        for (const QString& odd : {u"/dev/zero"_s, files + u"/fifo"_s})
+            row("a special file to compare", {u"--diff"_s, odd}, 2, {},
+                odd + u": not a regular file, so not a report"_s);
+        row("a folder to compare", {u"--diff"_s, files}, 2, {},
+            files + u": a folder, not a report"_s);
+        row("a file over 64 MiB to compare", {u"--diff"_s, files + u"/big.json"_s}, 2, {},
+            files + u"/big.json: larger than 64 MiB, so not a report"_s);
+        row("saving without a folder", {u"--save="_s}, 2, {},
+            u"--save needs the folder to save the report in; see --help"_s);
+        row("saving in a file", {u"--save"_s, files + u"/empty.json"_s}, 2, {},
+            u"--save needs a folder, and \"%1/empty.json\" is not one; see --help"_s.arg(files));
+        // The message names the file and the system's reason; nothing is left.
+        row("saving on a full file system", {u"--save="_s + files + u"/full"_s}, 1, {},
+            u"cannot save the report: %1/full/Corvanta Support Report |: No space left on "
+            "device"_s.arg(files));
+        row("saving on a read-only file system", {u"--save="_s + files + u"/readonly"_s}, 1, {},
+            u"cannot save the report: %1/readonly: Read-only file system"_s.arg(files));
         row("another tool's JSON",
             {u"--diff"_s, QStringLiteral(CORVANTA_SOURCE_DIR "/app/report.schema.json")}, 2, {},
             QStringLiteral(CORVANTA_SOURCE_DIR
@@ -261,7 +302,15 @@ private slots:
                                        .filter(u"corvanta-support-report"_s)
                                        .replaceInStrings(u"corvanta-support-report: "_s, QString());
         QCOMPARE(errors.size(), errorLine.isEmpty() ? 0 : 1);
-        QVERIFY2(errors.join('\n').startsWith(errorLine), qPrintable(errors.join('\n')));
+        // What stands before a "|" begins the line, what follows ends it.
+        QVERIFY2(errors.join('\n').startsWith(errorLine.section('|', 0, 0))
+                     && errors.join('\n').endsWith(errorLine.section('|', 1)),
+                 qPrintable(errors.join('\n')));
+        if (const QString savedIn = arguments.filter(u"--save="_s).value(0).mid(7);
+            exitCode == 1 && !savedIn.isEmpty())
+            QCOMPARE(
+                QDir(savedIn).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                QStringList());
     }
 
     // The saved bundle checks out, the JSON follows the schema and every field stands on its line
@@ -296,6 +345,9 @@ private slots:
         qsizetype fieldCount = 0;
         for (const QJsonValue& section : sections) {
             const QString page = section[u"text"_s].toString();
+            // Every page that shows anything shows it as fields.
+            QVERIFY2(!section[u"fields"_s].toArray().isEmpty() || page.trimmed().isEmpty(),
+                     qPrintable(section[u"name"_s].toString()));
             QVERIFY(text.contains('\n' + section[u"name"_s].toString() + u"\n\n"_s + page + '\n'));
 
             // In page order: the label at a line's start, or straight after the field before, its
@@ -308,7 +360,7 @@ private slots:
                                       + (note.isEmpty() || value.isNull() ? QString() : u" - "_s)
                                       + note;
                 const QRegularExpression line(
-                    u"(?:^|\\G)"_s + QRegularExpression::escape(field[u"label"_s].toString())
+                    u"(?:^ *|\\G)"_s + QRegularExpression::escape(field[u"label"_s].toString())
                         + u" *"_s + QRegularExpression::escape(shown) + u" *$"_s,
                     QRegularExpression::MultilineOption);
                 const QRegularExpressionMatch match = line.match(page, position);
@@ -328,15 +380,28 @@ private slots:
         for (const QString& known : {QString::fromLatin1(hostName), u"10.9.8.7"_s, u"fd00::a1:7"_s,
                                      u"6f1c2d3e-0000-4000-8000-0123456789ab"_s})
             QVERIFY2(values.contains(known), qPrintable(known));
+        // The folders of this minute are taken, so the report gets a folder of its own beside.
         const QString hiddenParent = m_home.path(u"redacted"_s);
+        const QDateTime now = QDateTime::currentDateTimeUtc();
+        for (int second = 0; second < 60; ++second)
+            QVERIFY(QDir().mkpath(hiddenParent + '/' + reportFolderName(now.addSecs(second))));
         const Run redacted = report(
             {u"--redact"_s, u"--format"_s, u"json"_s, u"--save"_s, hiddenParent}, x.environment());
         QCOMPARE(redacted.exitCode, 0);
-        const QString hiddenFolder = savedFolder(hiddenParent);
-        QMap<QString, QString> outputs{{u"standard output"_s, QString::fromUtf8(redacted.output)}};
+        const QStringList copies =
+            QDir(hiddenParent).entryList({u"* (2)"_s}, QDir::Dirs | QDir::NoDotAndDotDot);
+        QCOMPARE(copies.size(), 1);
+        const QString hiddenFolder = hiddenParent + '/' + copies.first();
+        QCOMPARE(QDir(hiddenParent)
+                     .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)
+                     .size(),
+                 61);
+        QMap<QString, QString> outputs{{u"standard output"_s, QString::fromUtf8(redacted.output)},
+                                       {u"standard error"_s, redacted.errors}};
         for (const QString& name : QDir(hiddenFolder).entryList(QDir::Files))
             outputs.insert(name, QString::fromLatin1(fileBytes(hiddenFolder + '/' + name)));
-        QCOMPARE(outputs.size(), 5);
+        QCOMPARE(outputs.size(), 6);
+        QVERIFY(redacted.errors.contains(u"saved the report in \"~/redacted/"_s));
         for (const QString& value : std::as_const(values)) {
             for (const QString& form : spellings(value)) {
                 for (auto it = outputs.cbegin(); it != outputs.cend(); ++it)
@@ -500,8 +565,8 @@ private slots:
         const QString home = QDir::homePath();
         QCOMPARE(QString::fromUtf8(run.output),
                  u"Permissions:\n"
-                 "  appeared  \"%1/.config/Kelvanmoor/Corvanta.ini OK\"\n"
-                 "  appeared  \"%1/.local/share/Corvanta OK\"\n"
+                 "  appeared  %1/.config/Kelvanmoor/Corvanta.ini \"OK\"\n"
+                 "  appeared  %1/.local/share/Corvanta \"OK\"\n"
                  "Corvanta:\n"
                  "  changed   Application Data: \"%1/.local/share/Corvanta - Does Not Exist\" -> "
                  "\"%1/.local/share/Corvanta\"\n"
