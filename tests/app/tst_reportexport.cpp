@@ -3,9 +3,14 @@
 #include "ReportDocument.h"
 #include "ReportExport.h"
 #include "ReportFragments.h"
+#include "ReportJson.h"
 #include "ReportRedactor.h"
 #include "TestEnvironment.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QTest>
 #include <QUrlQuery>
@@ -179,6 +184,86 @@ private slots:
             "  changed   Application Data: \"/d&a - Does Not Exist\" -> \"/d&a\"\n"
             "  appeared  \"free\"\n"
             "  error appeared: Full.\n"_s);
+    }
+
+    // What the schema refuses, the reader refuses too.
+    void readerAndSchema_data()
+    {
+        QTest::addColumn<QByteArray>("json");
+        QTest::addColumn<bool>("accepted");
+        const Sections sections{
+            section(3, [](QString& page) { appendPathState(page, u"x"_s, u"/a"_s, "OK"_L1); }),
+            section(5, page({u"02-01"_s}, {}))};
+        const QJsonObject written =
+            QJsonDocument::fromJson(reportJson(document(sections, QDateTime::currentDateTime())))
+                .object();
+        const auto row = [&written](const char* name, bool accepted,
+                                    const std::function<void(QJsonObject&)>& change) {
+            QJsonObject root = written;
+            change(root);
+            QTest::newRow(name) << QJsonDocument(root).toJson() << accepted;
+        };
+        // Changes the first field of the first section.
+        const auto inField = [](const std::function<void(QJsonObject&)>& change) {
+            return [change](QJsonObject& root) {
+                QJsonArray pages = root[u"sections"_s].toArray();
+                QJsonObject first = pages[0].toObject();
+                QJsonArray fields = first[u"fields"_s].toArray();
+                QJsonObject field = fields[0].toObject();
+                change(field);
+                fields[0] = field;
+                change(first);
+                first[u"fields"_s] = fields;
+                pages[0] = first;
+                root[u"sections"_s] = pages;
+            };
+        };
+        row("as written", true, [](QJsonObject&) {});
+        row("another key", false, [](QJsonObject& root) { root[u"extra"_s] = 1; });
+        row("a short version", false, [](QJsonObject& root) {
+            root[u"tool"_s] =
+                QJsonObject{{u"name"_s, u"Corvanta Support"_s}, {u"version"_s, u"1.0"_s}};
+        });
+        row("a time without its offset", false,
+            [](QJsonObject& root) { root[u"generated"_s] = u"2024-03-20T15:12:07"_s; });
+        row("an unknown kind", false, inField([](QJsonObject& object) {
+                if (object.contains(u"kind"_s))
+                    object[u"kind"_s] = 2;
+            }));
+        row("an empty error", false, inField([](QJsonObject& object) {
+                if (object.contains(u"errors"_s))
+                    object[u"errors"_s] = QJsonArray{QString()};
+            }));
+        row("a path's state of a third kind", false, inField([](QJsonObject& object) {
+                if (object.contains(u"label"_s))
+                    object[u"value"_s] = u"Maybe"_s;
+            }));
+        row("a field with another key", false, inField([](QJsonObject& object) {
+                if (object.contains(u"label"_s))
+                    object[u"extra"_s] = true;
+            }));
+    }
+
+    void readerAndSchema()
+    {
+        QFETCH(QByteArray, json);
+        QFETCH(bool, accepted);
+        ReportDocument read;
+        QString reason;
+        QCOMPARE(readReportJson(json, &read, &reason), accepted);
+        TestEnvironment home;
+        QVERIFY(putFile(home.path(u"report.json"_s), json));
+        QProcess schema;
+        schema.setStandardErrorFile(QProcess::nullDevice());
+        schema.start(
+            u"python3"_s,
+            {u"-c"_s,
+             u"import json, sys, jsonschema\n"
+             "jsonschema.validate(json.load(open(sys.argv[1])), json.load(open(sys.argv[2])))"_s,
+             home.path(u"report.json"_s),
+             QStringLiteral(CORVANTA_SOURCE_DIR "/app/report.schema.json")});
+        QVERIFY(schema.waitForFinished());
+        QCOMPARE(schema.exitCode() == 0, accepted);
     }
 
     void redaction_data()
