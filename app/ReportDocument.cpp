@@ -1,8 +1,13 @@
 #include "ReportDocument.h"
 
-#include "ReportExport.h"
-
 #include <QCoreApplication>
+
+namespace {
+
+// Taken before main runs: every report of this run says when the program started.
+const QDateTime startTime = QDateTime::currentDateTime();
+
+} // namespace
 
 QString ReportDocument::shownValue(const ReportField& field)
 {
@@ -71,7 +76,7 @@ QList<ReportDocument::Section::Span> ReportDocument::Section::spans() const
 ReportDocument ReportDocument::fromTable(const SupportDataMap& table, bool withFields)
 {
     ReportDocument document;
-    document.generated = reportStartTime();
+    document.generated = startTime;
     document.tool = QStringLiteral("Corvanta Support");
     document.version = QCoreApplication::applicationVersion();
     for (const auto& [kind, data] : table) {

@@ -24,8 +24,6 @@
 
 namespace {
 
-const QDateTime startTime = QDateTime::currentDateTime();
-
 double screenRatio()
 {
     const QScreen* screen = QGuiApplication::primaryScreen();
@@ -48,11 +46,6 @@ void describeForScreen(QImage& image, double ratio)
 }
 
 } // namespace
-
-QDateTime reportStartTime()
-{
-    return startTime;
-}
 
 QString supportEmailAddress()
 {
