@@ -55,7 +55,10 @@ struct ReportCommandLine::Private
         QStringLiteral("redact"),
         ReportCommandLine::tr("Replace the host name, the user name, MAC and IP addresses and "
                               "the product's user identifier with placeholders such as host-1; "
-                              "the home folder becomes ~. Applies to everything written.")};
+                              "the home folder becomes ~. Applies to everything written. A "
+                              "value keeps its placeholder from run to run: they are kept in "
+                              "~/.config/corvanta-support/redaction-placeholders; delete it to "
+                              "start afresh.")};
     QCommandLineOption save{
         QStringLiteral("save"),
         ReportCommandLine::tr("Also write the report into a new folder \"Corvanta Support "
