@@ -554,6 +554,18 @@ private slots:
         const Run same = report({u"--diff"_s, earlier, earlier});
         QCOMPARE(same.exitCode, 0);
         QCOMPARE(same.output, QByteArray());
+        // A name only the earlier report gives is hidden too, in both forms of the comparison.
+        const QString renamed = m_files.filePath(u"renamed.json"_s);
+        QVERIFY(putFile(renamed, QByteArray(saved.output).replace("qa-bench-7", "oldbox")));
+        for (const QStringList& arguments :
+             {QStringList{u"--redact"_s, u"--diff"_s, renamed},
+              QStringList{u"--redact"_s, u"--diff"_s, renamed, earlier}}) {
+            const Run compared = report(arguments);
+            QCOMPARE(compared.exitCode, 1);
+            QVERIFY2(!compared.output.toLower().contains("oldbox")
+                         && compared.output.contains("changed   Host Name: \"host-"),
+                     compared.output.constData());
+        }
 
         QVERIFY(QDir().mkpath(m_home.dataFolder()));
         QVERIFY(putFile(m_home.preferences(), ProductHome::preferencesText));
