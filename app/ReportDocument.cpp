@@ -1,6 +1,7 @@
 #include "ReportDocument.h"
 
 #include <QCoreApplication>
+#include <QHash>
 
 namespace {
 
@@ -44,30 +45,78 @@ QList<ReportDocument::Section::Span> ReportDocument::Section::spans() const
             from = end + 1;
         }
     };
+    // The field's line starts with its label, after blanks where a link the plain text leaves out
+    // stood, unless the field follows the one before on its line; padding, the value and the note
+    // follow. Gives the line's end, or -1.
+    const auto lineEnd = [this, &position](const ReportField& field, const QString& shown,
+                                           qsizetype at) -> qsizetype {
+        qsizetype before = at;
+        while (before > position && text.at(before - 1) == QLatin1Char(' '))
+            --before;
+        if ((before > 0 && text.at(before - 1) != QLatin1Char('\n') && at != position)
+            || !QStringView(text).mid(at).startsWith(field.label))
+            return -1;
+        const qsizetype rest = at + field.label.size();
+        qsizetype end = text.indexOf(QLatin1Char('\n'), rest);
+        if (end < 0)
+            end = text.size();
+        return QStringView(text).mid(rest, end - rest).trimmed() == shown ? end : -1;
+    };
+
+    // Each line by its words, so a field finds its line in one look-up rather than a search of
+    // the rest of the page: the page of a large tree has hundreds of thousands of lines.
+    struct Line
+    {
+        qsizetype start;
+        qsizetype words;
+    };
+    QHash<QString, QList<Line>> linesByWords;
+    for (qsizetype from = 0; from < text.size();) {
+        qsizetype end = text.indexOf(QLatin1Char('\n'), from);
+        if (end < 0)
+            end = text.size();
+        qsizetype words = from;
+        while (words < end && text.at(words) == QLatin1Char(' '))
+            ++words;
+        if (words < end)
+            linesByWords[text.mid(words, end - words).simplified()].append({from, words});
+        from = end + 1;
+    }
+    QHash<QString, qsizetype> passed; // of each key's lines, how many lie behind
+
     for (int i = 0; i < fields.size(); ++i) {
         const ReportField& field = fields.at(i);
         const QString shown = shownValue(field);
-        // The field's line starts with its label, after blanks where a link the plain text leaves
-        // out stood, unless the field follows the one before on its line; padding, the value and
-        // the note follow.
-        for (qsizetype at = text.indexOf(field.label, position); at >= 0;
-             at = text.indexOf(field.label, at + 1)) {
-            qsizetype before = at;
-            while (before > position && text.at(before - 1) == QLatin1Char(' '))
-                --before;
-            if (before > 0 && text.at(before - 1) != QLatin1Char('\n') && at != position)
+        qsizetype at = -1;
+        qsizetype end = -1;
+        if (field.label.contains(QLatin1Char('\n'))) {
+            // A listing laid out as a label spans lines of its own.
+            for (at = text.indexOf(field.label, position); at >= 0 && end < 0;)
+                if ((end = lineEnd(field, shown, at)) < 0)
+                    at = text.indexOf(field.label, at + 1);
+        } else {
+            const QString key = (field.label + QLatin1Char(' ') + shown).simplified();
+            const auto candidates = linesByWords.constFind(key);
+            if (candidates == linesByWords.cend())
                 continue;
-            const qsizetype rest = at + field.label.size();
-            qsizetype end = text.indexOf(QLatin1Char('\n'), rest);
-            if (end < 0)
-                end = text.size();
-            if (QStringView(text).mid(rest, end - rest).trimmed() != shown)
-                continue;
-            addText(position, at);
-            lines.append({i, at, end - at});
-            position = end;
-            break;
+            qsizetype& next = passed[key];
+            while (next < candidates->size() && candidates->at(next).start < position)
+                ++next;
+            const qsizetype labelIndent = field.label.size() - field.label.trimmed().size();
+            for (qsizetype c = next; c < candidates->size() && end < 0; ++c) {
+                const Line& line = candidates->at(c);
+                at = line.start;
+                if ((end = lineEnd(field, shown, at)) < 0 && line.words - labelIndent > at) {
+                    at = line.words - labelIndent;
+                    end = lineEnd(field, shown, at);
+                }
+            }
         }
+        if (end < 0)
+            continue;
+        addText(position, at);
+        lines.append({i, at, end - at});
+        position = end;
     }
     addText(position, text.size());
     return lines;
