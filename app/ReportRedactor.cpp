@@ -78,14 +78,15 @@ QString addressKey(const QString& text)
 }
 
 // A name as a whole word in any case, its parts joined by any of the separators host and user
-// names use: "qa-bench-7" also as "QA_BENCH.7", but "local" not in ".local" nor "Locale".
+// names use: "qa-bench-7" also as "QA_BENCH.7", and "root" in "runtime-root", but "local" not in
+// ".local" nor "Locale".
 QRegularExpression namePattern(const QString& name)
 {
     static const QRegularExpression separators(QStringLiteral("[-_. ]"));
     QStringList parts = name.split(separators, Qt::SkipEmptyParts);
     for (QString& part : parts)
         part = QRegularExpression::escape(part);
-    return QRegularExpression(QStringLiteral("(?<![\\p{L}\\p{N}._-])%1(?![\\p{L}\\p{N}_-])")
+    return QRegularExpression(QStringLiteral("(?<![\\p{L}\\p{N}.])%1(?![\\p{L}\\p{N}])")
                                   .arg(parts.join(QStringLiteral("[-_. ]"))),
                               anyCase);
 }

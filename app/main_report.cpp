@@ -11,10 +11,55 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QMutex>
+
+#include <cstdio>
+#include <functional>
 
 #include <optional>
 
 namespace {
+
+// Qt's and the collectors' own messages go to standard error through the redaction too. Those of
+// the start, before the command line says whether to redact, wait for it.
+struct MessageLog
+{
+    QMutex mutex;
+    QStringList held;
+    bool holding = true;
+    std::function<QString(const QString&)> shown = [](const QString& text) {
+        return text;
+    };
+};
+
+MessageLog& messageLog()
+{
+    static MessageLog log;
+    return log;
+}
+
+void logMessage(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    MessageLog& log = messageLog();
+    const QMutexLocker lock(&log.mutex);
+    const QString line = qFormatLogMessage(type, context, message);
+    if (log.holding && type != QtFatalMsg)
+        log.held << line;
+    else
+        std::fprintf(stderr, "%s\n", qPrintable(log.shown(line)));
+}
+
+// Writes what was held, and from now on each message as it comes.
+void releaseMessages(const std::function<QString(const QString&)>& shown)
+{
+    MessageLog& log = messageLog();
+    const QMutexLocker lock(&log.mutex);
+    log.shown = shown;
+    log.holding = false;
+    for (const QString& line : std::as_const(log.held))
+        std::fprintf(stderr, "%s\n", qPrintable(shown(line)));
+    log.held.clear();
+}
 
 // The largest report --diff reads: a real one is a few megabytes.
 const qint64 largestReport = 64 * 1024 * 1024;
@@ -64,10 +109,9 @@ int main(int argc, char** argv)
             qputenv("QT_QPA_PLATFORM", "offscreen");
     }
 
+    qInstallMessageHandler(logMessage);
     SupportApplication application(argc, argv);
     const ReportCommandLine commandLine(QCoreApplication::arguments());
-    if (!commandLine.runsReport())
-        return commandLine.answer();
 
     // Everything written goes through here, so nothing leaves unredacted.
     std::optional<ReportRedactor> redactor;
@@ -76,6 +120,9 @@ int main(int argc, char** argv)
     const auto shown = [&redactor](const QString& text) {
         return redactor ? redactor->redact(text) : text;
     };
+    releaseMessages(shown);
+    if (!commandLine.runsReport())
+        return commandLine.answer();
 
     // A report to compare with is read first, so a bad file costs no collecting.
     QString reason;
