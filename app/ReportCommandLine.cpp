@@ -112,7 +112,7 @@ ReportCommandLine::ReportCommandLine(const QStringList& arguments)
     } else if (d->parser.isSet(d->save) && saveFolder().isEmpty()) {
         d->refusal = tr("--save needs the folder to save the report in");
     } else if (const QFileInfo folder(saveFolder()); folder.exists() && !folder.isDir()) {
-        d->refusal = tr("--save needs a folder, and \"%1\" is not one").arg(saveFolder());
+        d->refusal = tr("--save needs a folder, not a file");
     }
 }
 

@@ -412,10 +412,14 @@ bool ReportRedactor::save(QString* problem)
         return true;
     const QFileInfo info(d->mappingFile);
     // The folder and the file are the user's alone: they tie placeholders to real values.
-    if (!info.dir().exists() && !QDir().mkpath(info.path())) {
-        *problem =
-            QStringLiteral("%1: %2").arg(info.path(), QString::fromLocal8Bit(std::strerror(errno)));
-        return false;
+    if (!info.dir().exists()) {
+        if (!QDir().mkpath(info.path())) {
+            *problem = QStringLiteral("%1: %2").arg(info.path(),
+                                                    QString::fromLocal8Bit(std::strerror(errno)));
+            return false;
+        }
+        QFile::setPermissions(info.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner
+                                               | QFileDevice::ExeOwner);
     }
     QSaveFile file(d->mappingFile);
     QStringList lines;

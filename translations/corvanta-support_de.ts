@@ -222,8 +222,8 @@ Exit-Status:
         <translation>--save braucht den Ordner, in dem der Bericht gespeichert werden soll</translation>
     </message>
     <message>
-        <source>--save needs a folder, and &quot;%1&quot; is not one</source>
-        <translation>--save braucht einen Ordner, und &quot;%1&quot; ist keiner</translation>
+        <source>--save needs a folder, not a file</source>
+        <translation>--save braucht einen Ordner, keine Datei</translation>
     </message>
     <message>
         <source>a folder, not a report</source>

@@ -245,7 +245,7 @@ private slots:
         row("saving without a folder", {u"--save="_s}, 2, {},
             u"--save needs the folder to save the report in; see --help"_s);
         row("saving in a file", {u"--save"_s, files + u"/empty.json"_s}, 2, {},
-            u"--save needs a folder, and \"%1/empty.json\" is not one; see --help"_s.arg(files));
+            u"--save needs a folder, not a file; see --help"_s);
         // The message names the file and the system's reason; nothing is left.
         row("saving on a full file system", {u"--save="_s + files + u"/full"_s}, 1, {},
             u"cannot save the report: %1/full/Corvanta Support Report |: No space left on "
