@@ -431,7 +431,9 @@ private slots:
         QFETCH(QString, host);
         QFETCH(QString, user);
         const QString home = m_files.filePath(u"home/"_s + user);
-        QVERIFY(QDir(home).removeRecursively() && QDir().mkpath(home));
+        // The product's folder, so the Permissions page lists paths in the home.
+        QVERIFY(QDir(home).removeRecursively()
+                && QDir().mkpath(home + u"/.local/share/Corvanta"_s));
         QVERIFY(putFile(home + u"/.local/share/applications/corvanta.desktop"_s,
                         "[Desktop Entry]\nType=Application\nName=Corvanta\n"
                         "Exec=/opt/Corvanta/Corvanta\nX-AppImage-Version=5.2.0.14\n"));
@@ -474,7 +476,7 @@ private slots:
                 if (!label.startsWith(' '))
                     heading = label;
                 if (!label.contains('\n'))
-                    QCOMPARE(after[j][u"label"_s].toString(), label);
+                    QCOMPARE(after[j][u"label"_s].toString(), QString(label).replace(home, u"~"_s));
                 static const QStringList named{u"Host Name:"_s, u"User Name:"_s,
                                                u"MAC Interfaces:"_s, u"Local IP Addresses:"_s};
                 const QString value = before[j][u"value"_s].toString().trimmed();
@@ -532,7 +534,9 @@ private slots:
                 shown += hideWording(text).remove(QRegularExpression(
                     u"^"_s + system + u".*$"_s, QRegularExpression::MultilineOption));
         }
-        QVERIFY(shown.contains(u" - 5.2.0.14"_s));
+        const QByteArray redactedJson = fileBytes(m_files.filePath(u"redacted.json"_s));
+        QVERIFY(redactedJson.contains(" - 5.2.0.14")
+                && redactedJson.contains(" ~/.local/share/Corvanta OK"));
         // Qt's own messages too, such as the runtime folder it names after the user.
         shown += QString::fromUtf8(fileBytes(m_files.filePath(u"redacted.errors"_s)));
         // In any case, alone or between separators; ".local" is another word.
