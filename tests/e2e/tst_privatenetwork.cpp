@@ -431,9 +431,10 @@ private slots:
         QFETCH(QString, host);
         QFETCH(QString, user);
         const QString home = m_files.filePath(u"home/"_s + user);
-        // The product's folder, so the Permissions page lists paths in the home.
+        // The product's preferences, so the Permissions page lists a path in the home; no data
+        // folder, so the Corvanta page's errors say "Application Data".
         QVERIFY(QDir(home).removeRecursively()
-                && QDir().mkpath(home + u"/.local/share/Corvanta"_s));
+                && putFile(home + u"/.config/Kelvanmoor/Corvanta.ini"_s, "[General]\n"));
         QVERIFY(putFile(home + u"/.local/share/applications/corvanta.desktop"_s,
                         "[Desktop Entry]\nType=Application\nName=Corvanta\n"
                         "Exec=/opt/Corvanta/Corvanta\nX-AppImage-Version=5.2.0.14\n"));
@@ -501,42 +502,38 @@ private slots:
         }
         std::sort(wording.begin(), wording.end(),
                   [](const QString& a, const QString& b) { return a.size() > b.size(); });
-        const auto hideWording = [&wording](QString text) {
+        static const QRegularExpression moving(u"^(FreeSpace|System Time).*$"_s,
+                                               QRegularExpression::MultilineOption);
+        const auto hideWording = [&wording](const QJsonValue& section) {
+            QString text = section[u"text"_s].toString().remove(moving);
             for (qsizetype i = 0; i < wording.size(); ++i)
                 text.replace(wording[i], u"\x01%1\x02"_s.arg(i));
             return text;
         };
-        const auto showWording = [&wording](QString text) {
-            for (qsizetype i = 0; i < wording.size(); ++i)
-                text.replace(u"\x01%1\x02"_s.arg(i), wording[i]);
-            return text;
-        };
         const QString system = u"\x01%1\x02"_s.arg(wording.indexOf(u"Operating System"_s));
-        static const QRegularExpression moving(u"^(FreeSpace|System Time).*$"_s,
-                                               QRegularExpression::MultilineOption);
         QString shown;
         for (qsizetype i = 0; i < plain.size(); ++i) {
-            QStringList lines = hideWording(plain[i][u"text"_s].toString()).split('\n');
+            // The operating system's and the fonts' names stay what they are.
+            const bool fonts = plain[i][u"kind"_s].toInt() == 1;
+            QStringList lines = hideWording(plain[i]).split('\n');
             for (QString& line : lines) {
-                // The operating system's and the fonts' names stay what they are.
-                if (plain[i][u"kind"_s].toInt() == 1 || line.startsWith(system))
-                    continue;
-                for (auto it = swaps.cbegin(); it != swaps.cend(); ++it)
+                for (auto it = swaps.cbegin();
+                     it != swaps.cend() && !fonts && !line.startsWith(system); ++it)
                     line.replace(
                         QRegularExpression(u"(?<![\\p{L}\\p{N}.])%1(?![\\p{L}\\p{N}])"_s.arg(
                                                QRegularExpression::escape(it.key())),
                                            QRegularExpression::CaseInsensitiveOption),
                         it.value());
             }
-            const QString text = redacted[i][u"text"_s].toString();
-            QCOMPARE(QString(text).remove(moving), showWording(lines.join('\n')).remove(moving));
-            if (plain[i][u"kind"_s].toInt() != 1)
-                shown += hideWording(text).remove(QRegularExpression(
+            const QString text = hideWording(redacted[i]);
+            QCOMPARE(text, lines.join('\n'));
+            if (!fonts)
+                shown += QString(text).remove(QRegularExpression(
                     u"^"_s + system + u".*$"_s, QRegularExpression::MultilineOption));
         }
         const QByteArray redactedJson = fileBytes(m_files.filePath(u"redacted.json"_s));
         QVERIFY(redactedJson.contains(" - 5.2.0.14")
-                && redactedJson.contains(" ~/.local/share/Corvanta OK"));
+                && redactedJson.contains(" ~/.config/Kelvanmoor/Corvanta.ini OK"));
         // Qt's own messages too, such as the runtime folder it names after the user.
         shown += QString::fromUtf8(fileBytes(m_files.filePath(u"redacted.errors"_s)));
         // In any case, alone or between separators; ".local" is another word.
