@@ -64,8 +64,8 @@ bool saveCompleteReportBundle(const QString& parent, const QDateTime& now, const
     // Hidden and named after this process, so two programs saving at once never share it.
     const QString name = parent + QLatin1Char('/') + reportFolderName(now);
     const QString temporary = QStringLiteral("%1/.%2.%3.partial")
-                                  .arg(parent, reportFolderName(now))
-                                  .arg(QCoreApplication::applicationPid());
+                                  .arg(parent, reportFolderName(now),
+                                       QString::number(QCoreApplication::applicationPid()));
     // A folder that is not there yet is made, as Save Report makes it, and goes again on failure.
     const bool madeParent = !QFileInfo::exists(parent) && QDir().mkpath(parent);
     if (!QDir().mkdir(temporary)) {
@@ -85,7 +85,7 @@ bool saveCompleteReportBundle(const QString& parent, const QDateTime& now, const
     if (!picture.isNull()) {
         QBuffer png(&files[QStringLiteral("report.png")]);
         if (!png.open(QIODevice::WriteOnly) || !picture.save(&png, "PNG", -1)) {
-            *problem = QStringLiteral("report.png: the picture could not be encoded");
+            *problem = QStringLiteral("%1/report.png: the picture could not be encoded").arg(name);
             return false;
         }
     }
@@ -104,7 +104,7 @@ bool saveCompleteReportBundle(const QString& parent, const QDateTime& now, const
     if (!writeFile(dir.filePath(QStringLiteral("SHA256SUMS")), sums, problem))
         return failed();
     for (int copy = 1; copy < 100; ++copy) {
-        *folder = copy == 1 ? name : QStringLiteral("%1 (%2)").arg(name).arg(copy);
+        *folder = copy == 1 ? name : QStringLiteral("%1 (%2)").arg(name, QString::number(copy));
         // The rename never replaces a folder that is already there.
         if (QFileInfo::exists(*folder))
             continue;
@@ -112,9 +112,13 @@ bool saveCompleteReportBundle(const QString& parent, const QDateTime& now, const
             removeTemporary.dismiss();
             return true;
         }
-        if (!QFileInfo::exists(*folder))
-            break;
+        const QString reason = systemReason();
+        // Taken between the look and the rename: the next name.
+        if (!QFileInfo::exists(*folder)) {
+            *problem = QStringLiteral("%1: %2").arg(*folder, reason);
+            return false;
+        }
     }
-    *problem = QStringLiteral("%1: %2").arg(*folder, systemReason());
+    *problem = QStringLiteral("%1: %2").arg(name, QString::fromLocal8Bit(std::strerror(EEXIST)));
     return false;
 }
