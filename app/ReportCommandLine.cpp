@@ -1,6 +1,7 @@
 #include "ReportCommandLine.h"
 
 #include <QCommandLineParser>
+#include <QFileInfo>
 
 #include <cerrno>
 #include <cstdio>
@@ -54,7 +55,10 @@ struct ReportCommandLine::Private
         QStringLiteral("redact"),
         ReportCommandLine::tr("Replace the host name, the user name, MAC and IP addresses and "
                               "the product's user identifier with placeholders such as host-1; "
-                              "the home folder becomes ~. Applies to everything written.")};
+                              "the home folder becomes ~. Applies to everything written. A "
+                              "value keeps its placeholder from run to run: they are kept in "
+                              "~/.config/corvanta-support/redaction-placeholders; delete it to "
+                              "start afresh.")};
     QCommandLineOption save{
         QStringLiteral("save"),
         ReportCommandLine::tr("Also write the report into a new folder \"Corvanta Support "
@@ -105,6 +109,10 @@ ReportCommandLine::ReportCommandLine(const QStringList& arguments)
         d->refusal = tr("--diff prints text; leave out --format json");
     } else if (!laterReport().isEmpty() && d->parser.isSet(d->save)) {
         d->refusal = tr("--save saves this machine's report; leave out LATER");
+    } else if (d->parser.isSet(d->save) && saveFolder().isEmpty()) {
+        d->refusal = tr("--save needs the folder to save the report in");
+    } else if (const QFileInfo folder(saveFolder()); folder.exists() && !folder.isDir()) {
+        d->refusal = tr("--save needs a folder, not a file");
     }
 }
 
@@ -182,6 +190,11 @@ int ReportCommandLine::finish(const QByteArray& output, bool differs,
         return fail(
             tr("cannot write the report: %1").arg(QString::fromLocal8Bit(std::strerror(errno))));
     return differs ? Differs : Done;
+}
+
+void ReportCommandLine::warn(const QString& problem) const
+{
+    sayOnError(problem);
 }
 
 int ReportCommandLine::fail(const QString& problem) const

@@ -39,6 +39,8 @@ public:
     int finish(const QByteArray& output, bool differs, const QString& savedFolder) const;
     // Says on standard error what could not be done, in one line, and returns the exit code.
     int fail(const QString& problem) const;
+    // Says on standard error, in one line, what went wrong without stopping the report.
+    void warn(const QString& problem) const;
 
 private:
     struct Private;

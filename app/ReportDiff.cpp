@@ -1,5 +1,6 @@
 #include "ReportDiff.h"
 
+#include <QHash>
 #include <QMap>
 
 namespace {
@@ -59,28 +60,35 @@ QStringList sectionDifferences(const ReportDocument::Section& earlier,
 {
     QList<Item> before = items(earlier);
     QList<Item> after = items(later);
+    // Each line takes the first line of the earlier report that shows the same, in one pass
+    // over each side, so a long listing costs no more than reading it.
+    QHash<QString, QList<qsizetype>> same;
+    for (qsizetype i = before.size() - 1; i >= 0; --i)
+        same[before.at(i).key + QChar(0) + before.at(i).shown].append(i);
     for (Item& item : after) {
-        for (Item& old : before) {
-            if (!old.matched && old.key == item.key && old.shown == item.shown) {
-                old.matched = item.matched = true;
-                break;
-            }
-        }
+        const auto candidates = same.find(item.key + QChar(0) + item.shown);
+        if (candidates == same.end() || candidates->isEmpty())
+            continue;
+        before[candidates->takeLast()].matched = item.matched = true;
     }
 
     QStringList lines;
     // A field left on both sides changed; the rest appeared or vanished.
+    QHash<QString, QList<qsizetype>> left;
+    for (qsizetype i = before.size() - 1; i >= 0; --i) {
+        if (!before.at(i).matched && !before.at(i).key.isEmpty())
+            left[before.at(i).key].append(i);
+    }
     for (Item& item : after) {
-        if (item.matched)
+        if (item.matched || item.key.isEmpty())
             continue;
-        auto old = std::find_if(before.begin(), before.end(), [&item](const Item& candidate) {
-            return !candidate.matched && !item.key.isEmpty() && candidate.key == item.key;
-        });
-        if (old != before.end()) {
-            old->matched = item.matched = true;
-            lines << QStringLiteral("  changed   %1 %2 -> %3")
-                         .arg(item.name, quoted(old->shown), quoted(item.shown));
-        }
+        const auto candidates = left.find(item.key);
+        if (candidates == left.end() || candidates->isEmpty())
+            continue;
+        Item& old = before[candidates->takeLast()];
+        old.matched = item.matched = true;
+        lines << QStringLiteral("  changed   %1 %2 -> %3")
+                     .arg(item.name, quoted(old.shown), quoted(item.shown));
     }
     const auto describe = [](const Item& item) {
         return item.name.isEmpty() ? quoted(item.shown)
@@ -95,13 +103,28 @@ QStringList sectionDifferences(const ReportDocument::Section& earlier,
             lines << QStringLiteral("  vanished  ") + describe(item);
     }
 
-    QStringList gone = earlier.errors;
+    // Errors pair up as many times as both sides have them; the rest appeared or went away.
+    QHash<QString, qsizetype> unpaired;
+    for (const QString& error : earlier.errors)
+        ++unpaired[error];
     for (const QString& error : later.errors) {
-        if (!gone.removeOne(error))
+        if (qsizetype& count = unpaired[error]; count > 0)
+            --count;
+        else
             lines << QStringLiteral("  error appeared: ") + error;
     }
-    for (const QString& error : std::as_const(gone))
-        lines << QStringLiteral("  error gone: ") + error;
+    // The earlier side's first ones were the ones paired.
+    QHash<QString, qsizetype> paired;
+    for (const QString& error : earlier.errors)
+        ++paired[error];
+    for (auto it = paired.begin(); it != paired.end(); ++it)
+        it.value() -= unpaired.value(it.key());
+    for (const QString& error : earlier.errors) {
+        if (qsizetype& count = paired[error]; count > 0)
+            --count;
+        else
+            lines << QStringLiteral("  error gone: ") + error;
+    }
     return lines;
 }
 

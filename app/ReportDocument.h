@@ -24,6 +24,15 @@ struct ReportDocument
         // the collector wrote without the field helpers. Blank lines are left out; a field laid
         // out over several lines, such as a listing, comes as one.
         QList<QPair<int, QString>> lines() const;
+
+        // Where each of those lines stands in the text.
+        struct Span
+        {
+            int field = -1;
+            qsizetype start = 0;
+            qsizetype length = 0;
+        };
+        QList<Span> spans() const;
     };
 
     QDateTime generated;
@@ -36,4 +45,6 @@ struct ReportDocument
     static ReportDocument fromTable(const SupportDataMap& table, bool withFields = true);
     // The plain-text report, the text "Copy Report" gives.
     QString text() const;
+    // What a field's line shows after its label and the label's padding.
+    static QString shownValue(const ReportField& field);
 };

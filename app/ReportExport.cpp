@@ -27,8 +27,6 @@
 
 namespace {
 
-const QDateTime startTime = QDateTime::currentDateTime();
-
 double screenRatio()
 {
     const QScreen* screen = QGuiApplication::primaryScreen();
@@ -51,11 +49,6 @@ void describeForScreen(QImage& image, double ratio)
 }
 
 } // namespace
-
-QDateTime reportStartTime()
-{
-    return startTime;
-}
 
 QString supportEmailAddress()
 {
@@ -112,7 +105,7 @@ QString saveReportTo(const SupportDataMap& table, const QString& parent, const Q
     // Failures are not shown: the text writer logs its own, a picture that cannot be saved is
     // left out.
     QString folder;
-    saveReportBundle(parent, now, reportText(table), reportPicture(table), {}, &folder);
+    saveReportBundle(parent, now, reportText(table), reportPicture(table), &folder);
     return folder;
 }
 

@@ -12,8 +12,6 @@ class QWidget;
 
 // The three ways to hand the report to support, all built from one plain-text report.
 
-// Taken before main runs: every report of this run says when the program started.
-QDateTime reportStartTime();
 QString supportEmailAddress();
 
 QString reportText(const SupportDataMap& table);

@@ -135,6 +135,21 @@ void appendIndented(QString& output, const QString& label, const QVariant& value
               {0, {}, QStringLiteral("  ") + label, value.toString(), !value.isNull(), {}});
 }
 
+void appendPathState(QString& output, const QString& action, const QString& path,
+                     QLatin1String state)
+{
+    const qsizetype start = output.size();
+    // Written piece by piece: a large tree has hundreds of thousands of these lines.
+    output += removeLink(action);
+    output += QLatin1Char(' ');
+    const qsizetype pathStart = output.size();
+    output += fileLink(path);
+    const qsizetype pathEnd = output.size();
+    output += QLatin1Char(' ');
+    output += state;
+    noteField(output, start, {0, {}, output.mid(pathStart, pathEnd - pathStart), state, true, {}});
+}
+
 bool ReportField::operator==(const ReportField& other) const
 {
     return label == other.label && value == other.value && value.isNull() == other.value.isNull()

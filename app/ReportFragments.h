@@ -16,6 +16,10 @@ QString lineBreaks(int count);
 void appendField(QString& output, const QString& label, const QVariant& value,
                  const QString& note = QString(), const QString& suffix = QString());
 void appendIndented(QString& output, const QString& label, const QVariant& value, int width);
+// "Remove <path> <state>": the removal link with its action, the path's link and its state, as
+// a field with the path as its label and the state as its value.
+void appendPathState(QString& output, const QString& action, const QString& path,
+                     QLatin1String state);
 
 QString link(const QString& text, const QString& href, const QString& attributes);
 QString actionLink(const QString& text, const QString& action);

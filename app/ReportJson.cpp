@@ -1,12 +1,17 @@
 #include "ReportJson.h"
 
+#include "SupportData.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 
 namespace {
 
 const QString toolName = QStringLiteral("Corvanta Support");
+const QList<int> sectionKinds{DisplayDataKind, FontsDataKind, PermissionsDataKind, CorvantaDataKind,
+                              SystemDataKind};
 
 QJsonArray stringArray(const QStringList& list)
 {
@@ -25,8 +30,21 @@ bool isStringArray(const QJsonValue& value)
                        [](const QJsonValue& item) { return item.isString(); });
 }
 
+// Exactly these keys, as the schema allows no others.
+bool hasKeys(const QJsonValue& value, QStringList keys)
+{
+    if (!value.isObject())
+        return false;
+    QStringList present = value.toObject().keys();
+    keys.sort();
+    present.sort();
+    return present == keys;
+}
+
 bool readField(const QJsonValue& value, ReportField* field)
 {
+    if (!hasKeys(value, {QStringLiteral("label"), QStringLiteral("value"), QStringLiteral("note")}))
+        return false;
     const QJsonObject object = value.toObject();
     const QJsonValue label = object.value(QStringLiteral("label"));
     const QJsonValue fieldValue = object.value(QStringLiteral("value"));
@@ -40,22 +58,33 @@ bool readField(const QJsonValue& value, ReportField* field)
 
 bool readSection(const QJsonValue& value, ReportDocument::Section* section)
 {
+    if (!hasKeys(value, {QStringLiteral("kind"), QStringLiteral("name"), QStringLiteral("errors"),
+                         QStringLiteral("fields"), QStringLiteral("text")}))
+        return false;
     const QJsonObject object = value.toObject();
     const QJsonValue kind = object.value(QStringLiteral("kind"));
     const QJsonValue name = object.value(QStringLiteral("name"));
     const QJsonValue errors = object.value(QStringLiteral("errors"));
     const QJsonValue fields = object.value(QStringLiteral("fields"));
     const QJsonValue text = object.value(QStringLiteral("text"));
-    if (!kind.isDouble() || kind.toDouble() != kind.toInt() || !name.isString()
-        || !isStringArray(errors) || !fields.isArray() || !text.isString())
+    if (!kind.isDouble() || kind.toDouble() != kind.toInt() || !sectionKinds.contains(kind.toInt())
+        || name.toString().isEmpty() || !isStringArray(errors) || !fields.isArray()
+        || !text.isString())
         return false;
     section->kind = kind.toInt();
     section->name = name.toString();
-    for (const QJsonValue& error : errors.toArray())
+    for (const QJsonValue& error : errors.toArray()) {
+        if (error.toString().isEmpty())
+            return false;
         section->errors << error.toString();
+    }
     for (const QJsonValue& fieldValue : fields.toArray()) {
         ReportField field;
         if (!readField(fieldValue, &field))
+            return false;
+        // A path's state is one of two.
+        if (section->kind == PermissionsDataKind && field.value != QLatin1String("OK")
+            && field.value != QLatin1String("Not Writable"))
             return false;
         section->fields << field;
     }
@@ -107,9 +136,23 @@ bool readReportJson(const QByteArray& json, ReportDocument* document, QString* r
         return false;
     }
     const QJsonObject root = parsed.object();
-    const QJsonObject tool = root.value(QStringLiteral("tool")).toObject();
+    const QJsonValue toolValue = root.value(QStringLiteral("tool"));
+    const QJsonObject tool = toolValue.toObject();
     if (tool.value(QStringLiteral("name")).toString() != toolName) {
         *reason = QStringLiteral("not a %1 report").arg(toolName);
+        return false;
+    }
+    static const QRegularExpression version(QStringLiteral("^\\d+\\.\\d+\\.\\d+$"));
+    static const QRegularExpression time(QStringLiteral(
+        "^\\d{4}-\\d{2}-\\d{2}T\\d{2}:\\d{2}:\\d{2}(\\.\\d+)?(Z|[+-]\\d{2}:\\d{2})$"));
+    const QJsonValue generatedValue = root.value(QStringLiteral("generated"));
+    if (!hasKeys(parsed.object(),
+                 {QStringLiteral("generated"), QStringLiteral("tool"), QStringLiteral("sections")})
+        || !hasKeys(toolValue, {QStringLiteral("name"), QStringLiteral("version")})
+        || !tool.value(QStringLiteral("version")).isString()
+        || !version.match(tool.value(QStringLiteral("version")).toString()).hasMatch()
+        || !time.match(generatedValue.toString()).hasMatch()) {
+        *reason = QStringLiteral("a %1 report of another form").arg(toolName);
         return false;
     }
     ReportDocument read;

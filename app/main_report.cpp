@@ -10,17 +10,87 @@
 #include "SupportReportRun.h"
 
 #include <QFile>
+#include <QFileInfo>
+#include <QMutex>
+
+#include <cstdio>
+#include <functional>
+
+#include <optional>
 
 namespace {
 
+// Qt's and the collectors' own messages go to standard error through the redaction too. Those of
+// the start, before the command line says whether to redact, wait for it.
+struct MessageLog
+{
+    QMutex mutex;
+    QStringList held;
+    bool holding = true;
+    std::function<QString(const QString&)> shown = [](const QString& text) {
+        return text;
+    };
+};
+
+MessageLog& messageLog()
+{
+    static MessageLog log;
+    return log;
+}
+
+void logMessage(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    MessageLog& log = messageLog();
+    const QMutexLocker lock(&log.mutex);
+    const QString line = qFormatLogMessage(type, context, message);
+    if (log.holding && type != QtFatalMsg)
+        log.held << line;
+    else
+        std::fprintf(stderr, "%s\n", qPrintable(log.shown(line)));
+}
+
+// Writes what was held, and from now on each message as it comes.
+void releaseMessages(const std::function<QString(const QString&)>& shown)
+{
+    MessageLog& log = messageLog();
+    const QMutexLocker lock(&log.mutex);
+    log.shown = shown;
+    log.holding = false;
+    for (const QString& line : std::as_const(log.held))
+        std::fprintf(stderr, "%s\n", qPrintable(shown(line)));
+    log.held.clear();
+}
+
+// The largest report --diff reads: a real one is a few megabytes.
+const qint64 largestReport = 64 * 1024 * 1024;
+
 bool readReport(const QString& path, ReportDocument* document, QString* reason)
 {
+    // Looked at before it is opened: a FIFO would block the open, a device never end.
+    const QFileInfo info(path);
+    if (info.isDir()) {
+        *reason = ReportCommandLine::tr("a folder, not a report");
+        return false;
+    }
+    if (info.exists() && !info.isFile()) {
+        *reason = ReportCommandLine::tr("not a regular file, so not a report");
+        return false;
+    }
+    if (info.size() > largestReport) {
+        *reason = ReportCommandLine::tr("larger than 64 MiB, so not a report");
+        return false;
+    }
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         *reason = file.errorString();
         return false;
     }
-    return readReportJson(file.readAll(), document, reason);
+    const QByteArray bytes = file.read(largestReport + 1);
+    if (bytes.size() > largestReport) {
+        *reason = ReportCommandLine::tr("larger than 64 MiB, so not a report");
+        return false;
+    }
+    return readReportJson(bytes, document, reason);
 }
 
 } // namespace
@@ -39,8 +109,18 @@ int main(int argc, char** argv)
             qputenv("QT_QPA_PLATFORM", "offscreen");
     }
 
+    qInstallMessageHandler(logMessage);
     SupportApplication application(argc, argv);
     const ReportCommandLine commandLine(QCoreApplication::arguments());
+
+    // Everything written goes through here, so nothing leaves unredacted.
+    std::optional<ReportRedactor> redactor;
+    if (commandLine.redacts())
+        redactor.emplace(ReportRedactor::userMappingFile());
+    const auto shown = [&redactor](const QString& text) {
+        return redactor ? redactor->redact(text) : text;
+    };
+    releaseMessages(shown);
     if (!commandLine.runsReport())
         return commandLine.answer();
 
@@ -49,11 +129,11 @@ int main(int argc, char** argv)
     ReportDocument earlier;
     const QString earlierPath = commandLine.earlierReport();
     if (!earlierPath.isEmpty() && !readReport(earlierPath, &earlier, &reason))
-        return commandLine.fail(QStringLiteral("%1: %2").arg(earlierPath, reason));
+        return commandLine.fail(shown(QStringLiteral("%1: %2").arg(earlierPath, reason)));
     ReportDocument later;
     const QString laterPath = commandLine.laterReport();
     if (!laterPath.isEmpty() && !readReport(laterPath, &later, &reason))
-        return commandLine.fail(QStringLiteral("%1: %2").arg(laterPath, reason));
+        return commandLine.fail(shown(QStringLiteral("%1: %2").arg(laterPath, reason)));
 
     const bool saving = !commandLine.saveFolder().isEmpty();
     const bool asJson = commandLine.format() == ReportCommandLine::JsonFormat;
@@ -67,25 +147,32 @@ int main(int argc, char** argv)
         if (saving)
             picture = reportPicture(*table);
     }
-    if (commandLine.redacts()) {
-        // One redactor for both, so a value keeps its placeholder on either side.
-        ReportRedactor redactor(later);
-        later = redactor.redact(later);
-        earlier = redactor.redact(earlier);
+    if (redactor) {
+        // Both sides, so a value only the earlier report has is hidden too, and keeps its
+        // placeholder on either side and from run to run.
+        redactor->learn(later);
+        redactor->learn(earlier);
+        later = redactor->redact(later);
+        earlier = redactor->redact(earlier);
+        if (QString problem; !redactor->save(&problem))
+            commandLine.warn(
+                shown(ReportCommandLine::tr("cannot keep the placeholders for the next run: %1")
+                          .arg(problem)));
     }
 
     const QString text = later.text();
     const QByteArray json = asJson || saving ? reportJson(later) : QByteArray();
     QString folder;
-    if (saving
-        && !saveReportBundle(commandLine.saveFolder(), QDateTime::currentDateTimeUtc(), text,
-                             picture, json, &folder))
+    if (QString problem;
+        saving
+        && !saveCompleteReportBundle(commandLine.saveFolder(), QDateTime::currentDateTimeUtc(),
+                                     text, picture, json, &folder, &problem))
         return commandLine.fail(
-            ReportCommandLine::tr("cannot save the report in \"%1\"").arg(folder));
+            shown(ReportCommandLine::tr("cannot save the report: %1").arg(problem)));
 
     if (!earlierPath.isEmpty()) {
         const QString differences = reportDifferences(earlier, later);
-        return commandLine.finish(differences.toUtf8(), !differences.isEmpty(), folder);
+        return commandLine.finish(differences.toUtf8(), !differences.isEmpty(), shown(folder));
     }
-    return commandLine.finish(asJson ? json : text.toUtf8(), false, folder);
+    return commandLine.finish(asJson ? json : text.toUtf8(), false, shown(folder));
 }

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Times the headless report beside other system-report tools on this machine, in one run, and
-# prints the median of each and its ratio to ours. Run it from a built tree: bench/report.sh
+# prints the mean (of 30 runs) and median of each and its ratio to ours. Run it from a built tree: bench/report.sh
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -24,7 +24,7 @@ export QT_QPA_PLATFORM=offscreen
 unset DISPLAY WAYLAND_DISPLAY
 results=$(mktemp --suffix=.json)
 trap 'rm -f "$results"' EXIT
-unshare -rn hyperfine -N --warmup 3 --runs "${RUNS:-20}" --export-json "$results" --style basic \
+unshare -rn hyperfine -N --warmup 3 --runs "${RUNS:-30}" --export-json "$results" --style basic \
     -n corvanta-support-report "$report" \
     -n qtdiag6 "/usr/lib/qt6/bin/qtdiag6" \
     -n "inxi -Fxz" "inxi -Fxz -c0" \

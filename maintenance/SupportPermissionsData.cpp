@@ -102,11 +102,8 @@ void SupportPermissionsData::load()
     html.reserve(size);
     appendErrors(html, *this);
     for (auto it = d->paths.cbegin(); it != d->paths.cend(); ++it) {
-        // "%1 %2 %3" and a break, written piece by piece.
-        html += removeLink(deleteAction + it.key());
-        html += QLatin1Char(' ');
-        html += fileLink(it.key());
-        html += it.value() ? QLatin1String(" OK") : QLatin1String(" Not Writable");
+        appendPathState(html, deleteAction + it.key(), it.key(),
+                        it.value() ? QLatin1String("OK") : QLatin1String("Not Writable"));
         html += lineBreaks(1);
     }
 }

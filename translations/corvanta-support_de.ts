@@ -144,10 +144,6 @@ Desktops wird verwendet, wenn es eine gibt.</translation>
         <translation>Den Bericht als Text (Vorgabe) oder als json ausgeben.</translation>
     </message>
     <message>
-        <source>Replace the host name, the user name, MAC and IP addresses and the product&apos;s user identifier with placeholders such as host-1; the home folder becomes ~. Applies to everything written.</source>
-        <translation>Rechnernamen, Benutzernamen, MAC- und IP-Adressen und die Benutzerkennung des Produkts durch Platzhalter wie host-1 ersetzen; der Benutzerordner wird zu ~. Gilt für alles Geschriebene.</translation>
-    </message>
-    <message>
         <source>Also write the report into a new folder &quot;Corvanta Support Report &lt;UTC time&gt;&quot; in DIR: report.txt, report.png, report.json and SHA256SUMS.</source>
         <translation>Den Bericht zusätzlich in einen neuen Ordner „Corvanta Support Report &lt;UTC-Zeit&gt;“ in DIR schreiben: report.txt, report.png, report.json und SHA256SUMS.</translation>
     </message>
@@ -218,8 +214,36 @@ Exit-Status:
         <translation>Bericht kann nicht geschrieben werden: %1</translation>
     </message>
     <message>
-        <source>cannot save the report in &quot;%1&quot;</source>
-        <translation>Bericht kann nicht in &quot;%1&quot; gespeichert werden</translation>
+        <source>Replace the host name, the user name, MAC and IP addresses and the product&apos;s user identifier with placeholders such as host-1; the home folder becomes ~. Applies to everything written. A value keeps its placeholder from run to run: they are kept in ~/.config/corvanta-support/redaction-placeholders; delete it to start afresh.</source>
+        <translation>Rechnernamen, Benutzernamen, MAC- und IP-Adressen und die Benutzerkennung des Produkts durch Platzhalter wie host-1 ersetzen; der Benutzerordner wird zu ~. Gilt für alles Geschriebene. Ein Wert behält seinen Platzhalter von Lauf zu Lauf: Sie werden in ~/.config/corvanta-support/redaction-placeholders aufbewahrt; löschen Sie die Datei, um neu zu beginnen.</translation>
+    </message>
+    <message>
+        <source>--save needs the folder to save the report in</source>
+        <translation>--save braucht den Ordner, in dem der Bericht gespeichert werden soll</translation>
+    </message>
+    <message>
+        <source>--save needs a folder, not a file</source>
+        <translation>--save braucht einen Ordner, keine Datei</translation>
+    </message>
+    <message>
+        <source>a folder, not a report</source>
+        <translation>ein Ordner, kein Bericht</translation>
+    </message>
+    <message>
+        <source>not a regular file, so not a report</source>
+        <translation>keine gewöhnliche Datei, also kein Bericht</translation>
+    </message>
+    <message>
+        <source>larger than 64 MiB, so not a report</source>
+        <translation>größer als 64 MiB, also kein Bericht</translation>
+    </message>
+    <message>
+        <source>cannot keep the placeholders for the next run: %1</source>
+        <translation>die Platzhalter können nicht für den nächsten Lauf aufbewahrt werden: %1</translation>
+    </message>
+    <message>
+        <source>cannot save the report: %1</source>
+        <translation>Bericht kann nicht gespeichert werden: %1</translation>
     </message>
 </context>
 <context>

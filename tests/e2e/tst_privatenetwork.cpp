@@ -1,6 +1,7 @@
 #include "BasicTextProcessor.h"
 #include "PrivateNamespace.h"
 #include "ProductHome.h"
+#include "ReportExport.h"
 #include "SupportApplication.h"
 #include "SupportMainWindow.h"
 #include "SupportSystemData.h"
@@ -27,6 +28,8 @@
 #include <QTimer>
 #include <QUdpSocket>
 
+#include <sys/mount.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -176,9 +179,28 @@ private slots:
             while (QTcpSocket* socket = m_server.nextPendingConnection())
                 m_connections << socket;
         });
+        // Odd things to compare, and folders to save in that cannot take a report.
+        QVERIFY(::mkfifo(QFile::encodeName(m_files.filePath(u"fifo"_s)).constData(), 0600) == 0);
+        QFile big(m_files.filePath(u"big.json"_s));
+        QVERIFY(big.open(QIODevice::WriteOnly) && big.resize(64 * 1024 * 1024 + 1));
+        QVERIFY(putFile(m_files.filePath(u"empty.json"_s), {}));
+        for (const auto& [name, options] :
+             {std::pair{u"full"_s, u"size=8k"_s}, {u"readonly"_s, u"ro"_s}}) {
+            const QString folder = m_files.filePath(name);
+            QVERIFY(QDir().mkpath(folder));
+            QCOMPARE(QProcess::execute(u"mount"_s,
+                                       {u"-t"_s, u"tmpfs"_s, u"-o"_s, options, u"tmpfs"_s, folder}),
+                     0);
+        }
         // The closed proxy of the other suites would answer at once, and no silence be tested.
         for (const char* name : {"http_proxy", "https_proxy", "no_proxy"})
             qunsetenv(name);
+    }
+
+    void cleanupTestCase()
+    {
+        for (const QString& name : {u"full"_s, u"readonly"_s})
+            QCOMPARE(::umount(QFile::encodeName(m_files.filePath(name)).constData()), 0);
     }
 
     // The report program as a shell user meets it, without a display, in the language of LANG.
@@ -210,8 +232,27 @@ private slots:
             u"--save saves this machine's report; leave out LATER"_s);
         row("no earlier report", {u"--diff=/nonexistent/a.json"_s}, 2, {},
             u"/nonexistent/a.json: No such file or directory"_s);
-        row("no JSON to compare", {u"--diff"_s, u"/dev/null"_s}, 2, {},
-            u"/dev/null: not JSON (illegal value at byte 0)"_s);
+        const QString files = m_files.path();
+        row("no JSON to compare", {u"--diff"_s, files + u"/empty.json"_s}, 2, {},
+            files + u"/empty.json: not JSON (illegal value at byte 0)"_s);
+        // Looked at, never opened: neither ends, and a FIFO would not even open.
+        for (const QString& odd : {u"/dev/zero"_s, files + u"/fifo"_s})
+            row("a special file to compare", {u"--diff"_s, odd}, 2, {},
+                odd + u": not a regular file, so not a report"_s);
+        row("a folder to compare", {u"--diff"_s, files}, 2, {},
+            files + u": a folder, not a report"_s);
+        row("a file over 64 MiB to compare", {u"--diff"_s, files + u"/big.json"_s}, 2, {},
+            files + u"/big.json: larger than 64 MiB, so not a report"_s);
+        row("saving without a folder", {u"--save="_s}, 2, {},
+            u"--save needs the folder to save the report in; see --help"_s);
+        row("saving in a file", {u"--save"_s, files + u"/empty.json"_s}, 2, {},
+            u"--save needs a folder, not a file; see --help"_s);
+        // The message names the file and the system's reason; nothing is left.
+        row("saving on a full file system", {u"--save="_s + files + u"/full"_s}, 1, {},
+            u"cannot save the report: %1/full/Corvanta Support Report |: No space left on "
+            "device"_s.arg(files));
+        row("saving on a read-only file system", {u"--save="_s + files + u"/readonly"_s}, 1, {},
+            u"cannot save the report: %1/readonly: Read-only file system"_s.arg(files));
         row("another tool's JSON",
             {u"--diff"_s, QStringLiteral(CORVANTA_SOURCE_DIR "/app/report.schema.json")}, 2, {},
             QStringLiteral(CORVANTA_SOURCE_DIR
@@ -262,7 +303,15 @@ private slots:
                                        .filter(u"corvanta-support-report"_s)
                                        .replaceInStrings(u"corvanta-support-report: "_s, QString());
         QCOMPARE(errors.size(), errorLine.isEmpty() ? 0 : 1);
-        QVERIFY2(errors.join('\n').startsWith(errorLine), qPrintable(errors.join('\n')));
+        // What stands before a "|" begins the line, what follows ends it.
+        QVERIFY2(errors.join('\n').startsWith(errorLine.section('|', 0, 0))
+                     && errors.join('\n').endsWith(errorLine.section('|', 1)),
+                 qPrintable(errors.join('\n')));
+        if (const QString savedIn = arguments.filter(u"--save="_s).value(0).mid(7);
+            exitCode == 1 && !savedIn.isEmpty())
+            QCOMPARE(
+                QDir(savedIn).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                QStringList());
     }
 
     // The saved bundle checks out, the JSON follows the schema and every field stands on its line
@@ -297,6 +346,9 @@ private slots:
         qsizetype fieldCount = 0;
         for (const QJsonValue& section : sections) {
             const QString page = section[u"text"_s].toString();
+            // Every page that shows anything shows it as fields.
+            QVERIFY2(!section[u"fields"_s].toArray().isEmpty() || page.trimmed().isEmpty(),
+                     qPrintable(section[u"name"_s].toString()));
             QVERIFY(text.contains('\n' + section[u"name"_s].toString() + u"\n\n"_s + page + '\n'));
 
             // In page order: the label at a line's start, or straight after the field before, its
@@ -309,7 +361,7 @@ private slots:
                                       + (note.isEmpty() || value.isNull() ? QString() : u" - "_s)
                                       + note;
                 const QRegularExpression line(
-                    u"(?:^|\\G)"_s + QRegularExpression::escape(field[u"label"_s].toString())
+                    u"(?:^ *|\\G)"_s + QRegularExpression::escape(field[u"label"_s].toString())
                         + u" *"_s + QRegularExpression::escape(shown) + u" *$"_s,
                     QRegularExpression::MultilineOption);
                 const QRegularExpressionMatch match = line.match(page, position);
@@ -329,15 +381,28 @@ private slots:
         for (const QString& known : {QString::fromLatin1(hostName), u"10.9.8.7"_s, u"fd00::a1:7"_s,
                                      u"6f1c2d3e-0000-4000-8000-0123456789ab"_s})
             QVERIFY2(values.contains(known), qPrintable(known));
+        // The folders of this minute are taken, so the report gets a folder of its own beside.
         const QString hiddenParent = m_home.path(u"redacted"_s);
+        const QDateTime now = QDateTime::currentDateTimeUtc();
+        for (int second = 0; second < 60; ++second)
+            QVERIFY(QDir().mkpath(hiddenParent + '/' + reportFolderName(now.addSecs(second))));
         const Run redacted = report(
             {u"--redact"_s, u"--format"_s, u"json"_s, u"--save"_s, hiddenParent}, x.environment());
         QCOMPARE(redacted.exitCode, 0);
-        const QString hiddenFolder = savedFolder(hiddenParent);
-        QMap<QString, QString> outputs{{u"standard output"_s, QString::fromUtf8(redacted.output)}};
+        const QStringList copies =
+            QDir(hiddenParent).entryList({u"* (2)"_s}, QDir::Dirs | QDir::NoDotAndDotDot);
+        QCOMPARE(copies.size(), 1);
+        const QString hiddenFolder = hiddenParent + '/' + copies.first();
+        QCOMPARE(QDir(hiddenParent)
+                     .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)
+                     .size(),
+                 61);
+        QMap<QString, QString> outputs{{u"standard output"_s, QString::fromUtf8(redacted.output)},
+                                       {u"standard error"_s, redacted.errors}};
         for (const QString& name : QDir(hiddenFolder).entryList(QDir::Files))
             outputs.insert(name, QString::fromLatin1(fileBytes(hiddenFolder + '/' + name)));
-        QCOMPARE(outputs.size(), 5);
+        QCOMPARE(outputs.size(), 6);
+        QVERIFY(redacted.errors.contains(u"saved the report in \"~/redacted/"_s));
         for (const QString& value : std::as_const(values)) {
             for (const QString& form : spellings(value)) {
                 for (auto it = outputs.cbegin(); it != outputs.cend(); ++it)
@@ -347,6 +412,137 @@ private slots:
         }
         // Hidden behind a placeholder, not left out.
         QVERIFY(outputs[u"report.txt"_s].contains(u"\nHost Name:          host-1\n"_s));
+    }
+
+    // Host and user names that are common words, or parts of the report's own words, and a
+    // product version that looks like an address: only the values that name the machine change,
+    // and none of them survives in any case or spelling. An unchanged machine compares equal.
+    void redactionReplacesOnlyWhatIdentifies_data()
+    {
+        QTest::addColumn<QString>("host");
+        QTest::addColumn<QString>("user");
+        QTest::newRow("debian, local") << u"debian"_s << u"local"_s;
+        QTest::newRow("mono, sans") << u"mono"_s << u"sans"_s;
+        QTest::newRow("home, data") << u"home"_s << u"data"_s;
+        QTest::newRow("system, linux") << u"system"_s << u"linux"_s;
+    }
+
+    void redactionReplacesOnlyWhatIdentifies()
+    {
+        QFETCH(QString, host);
+        QFETCH(QString, user);
+        const QString home = m_files.filePath(u"home/"_s + user);
+        // The product's preferences, so the Permissions page lists a path in the home; no data
+        // folder, so the Corvanta page's errors say "Application Data".
+        QVERIFY(QDir(home).removeRecursively()
+                && putFile(home + u"/.config/Kelvanmoor/Corvanta.ini"_s, "[General]\n"));
+        QVERIFY(putFile(home + u"/.local/share/applications/corvanta.desktop"_s,
+                        "[Desktop Entry]\nType=Application\nName=Corvanta\n"
+                        "Exec=/opt/Corvanta/Corvanta\nX-AppImage-Version=5.2.0.14\n"));
+        QVERIFY(putFile(m_files.filePath(u"passwd"_s),
+                        (user + u":x:0:0::"_s + home + u":/bin/sh\n"_s).toUtf8()));
+        // Twice redacted, so the second run meets the placeholders the first one kept.
+        QProcess run;
+        run.setWorkingDirectory(m_files.path());
+        run.start(u"unshare"_s,
+                  {u"-mu"_s, u"sh"_s, u"-c"_s,
+                   u"hostname \"$1\" && mount --bind passwd /etc/passwd && export HOME=\"$2\" && "
+                   "unset XDG_CONFIG_HOME XDG_DATA_HOME XDG_CACHE_HOME XDG_RUNTIME_DIR && export "
+                   "http_proxy=http://127.0.0.1:9 https_proxy=http://127.0.0.1:9 && "
+                   "\"$0\" --format json > plain.json && "
+                   "\"$0\" --redact --format json > redacted.json 2> redacted.errors && "
+                   "\"$0\" --redact --diff redacted.json"_s,
+                   QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY), host, home});
+        QVERIFY(run.waitForFinished(60000));
+        QCOMPARE(run.readAllStandardOutput(), QByteArray());
+        QCOMPARE(run.exitCode(), 0);
+        const QJsonArray plain =
+            QJsonDocument::fromJson(fileBytes(m_files.filePath(u"plain.json"_s)))
+                .object()[u"sections"_s]
+                .toArray();
+        const QJsonArray redacted =
+            QJsonDocument::fromJson(fileBytes(m_files.filePath(u"redacted.json"_s)))
+                .object()[u"sections"_s]
+                .toArray();
+        QCOMPARE(redacted.size(), plain.size());
+
+        // The values that name the machine, and what stands for them.
+        QMap<QString, QString> swaps;
+        for (qsizetype i = 0; i < plain.size(); ++i) {
+            const QJsonArray before = plain[i][u"fields"_s].toArray();
+            const QJsonArray after = redacted[i][u"fields"_s].toArray();
+            QCOMPARE(after.size(), before.size());
+            QString heading;
+            for (qsizetype j = 0; j < before.size(); ++j) {
+                const QString label = before[j][u"label"_s].toString();
+                if (!label.startsWith(' '))
+                    heading = label;
+                if (!label.contains('\n'))
+                    QCOMPARE(after[j][u"label"_s].toString(), QString(label).replace(home, u"~"_s));
+                static const QStringList named{u"Host Name:"_s, u"User Name:"_s,
+                                               u"MAC Interfaces:"_s, u"Local IP Addresses:"_s};
+                const QString value = before[j][u"value"_s].toString().trimmed();
+                if (named.contains(heading) && !value.isEmpty())
+                    swaps.insert(value, after[j][u"value"_s].toString().trimmed());
+            }
+        }
+        QCOMPARE(swaps.value(host), u"host-1"_s);
+        QCOMPARE(swaps.value(user), u"user-1"_s);
+        swaps.insert(home, u"~"_s);
+
+        // The report's own wording stays, labels and page names, and so does the rest of each
+        // page word for word; free space and the clock move between runs.
+        QStringList wording;
+        for (const QJsonValue& section : plain) {
+            wording << section[u"name"_s].toString();
+            for (const QJsonValue& field : section[u"fields"_s].toArray()) {
+                const QString label = field[u"label"_s].toString().trimmed();
+                if (!label.contains('\n') && !label.startsWith('/') && !label.isEmpty())
+                    wording << (label.endsWith(':') ? label.chopped(1) : label);
+            }
+        }
+        std::sort(wording.begin(), wording.end(),
+                  [](const QString& a, const QString& b) { return a.size() > b.size(); });
+        static const QRegularExpression moving(u"^(FreeSpace|System Time).*$"_s,
+                                               QRegularExpression::MultilineOption);
+        const auto hideWording = [&wording](const QJsonValue& section) {
+            QString text = section[u"text"_s].toString().remove(moving);
+            for (qsizetype i = 0; i < wording.size(); ++i)
+                text.replace(wording[i], u"\x01%1\x02"_s.arg(i));
+            return text;
+        };
+        const QString system = u"\x01%1\x02"_s.arg(wording.indexOf(u"Operating System"_s));
+        QString shown;
+        for (qsizetype i = 0; i < plain.size(); ++i) {
+            // The operating system's and the fonts' names stay what they are.
+            const bool fonts = plain[i][u"kind"_s].toInt() == 1;
+            QStringList lines = hideWording(plain[i]).split('\n');
+            for (QString& line : lines) {
+                for (auto it = swaps.cbegin();
+                     it != swaps.cend() && !fonts && !line.startsWith(system); ++it)
+                    line.replace(
+                        QRegularExpression(u"(?<![\\p{L}\\p{N}.])%1(?![\\p{L}\\p{N}])"_s.arg(
+                                               QRegularExpression::escape(it.key())),
+                                           QRegularExpression::CaseInsensitiveOption),
+                        it.value());
+            }
+            const QString text = hideWording(redacted[i]);
+            QCOMPARE(text, lines.join('\n'));
+            if (!fonts)
+                shown += QString(text).remove(QRegularExpression(
+                    u"^"_s + system + u".*$"_s, QRegularExpression::MultilineOption));
+        }
+        const QByteArray redactedJson = fileBytes(m_files.filePath(u"redacted.json"_s));
+        QVERIFY(redactedJson.contains(" - 5.2.0.14")
+                && redactedJson.contains(" ~/.config/Kelvanmoor/Corvanta.ini OK"));
+        // Qt's own messages too, such as the runtime folder it names after the user.
+        shown += QString::fromUtf8(fileBytes(m_files.filePath(u"redacted.errors"_s)));
+        // In any case, alone or between separators; ".local" is another word.
+        for (const QString& value : {host, user})
+            QVERIFY2(!shown.contains(QRegularExpression(
+                         u"(?<![\\p{L}\\p{N}.])%1(?![\\p{L}\\p{N}])"_s.arg(value),
+                         QRegularExpression::CaseInsensitiveOption)),
+                     qPrintable(value));
     }
 
     // Nothing differs from itself; then the product gets its folder, a preference, an association
@@ -363,6 +559,18 @@ private slots:
         const Run same = report({u"--diff"_s, earlier, earlier});
         QCOMPARE(same.exitCode, 0);
         QCOMPARE(same.output, QByteArray());
+        // A name only the earlier report gives is hidden too, in both forms of the comparison.
+        const QString renamed = m_files.filePath(u"renamed.json"_s);
+        QVERIFY(putFile(renamed, QByteArray(saved.output).replace("qa-bench-7", "oldbox")));
+        for (const QStringList& arguments :
+             {QStringList{u"--redact"_s, u"--diff"_s, renamed},
+              QStringList{u"--redact"_s, u"--diff"_s, renamed, earlier}}) {
+            const Run compared = report(arguments);
+            QCOMPARE(compared.exitCode, 1);
+            QVERIFY2(!compared.output.toLower().contains("oldbox")
+                         && compared.output.contains("changed   Host Name: \"host-"),
+                     compared.output.constData());
+        }
 
         QVERIFY(QDir().mkpath(m_home.dataFolder()));
         QVERIFY(putFile(m_home.preferences(), ProductHome::preferencesText));
@@ -374,8 +582,8 @@ private slots:
         const QString home = QDir::homePath();
         QCOMPARE(QString::fromUtf8(run.output),
                  u"Permissions:\n"
-                 "  appeared  \"%1/.config/Kelvanmoor/Corvanta.ini OK\"\n"
-                 "  appeared  \"%1/.local/share/Corvanta OK\"\n"
+                 "  appeared  %1/.config/Kelvanmoor/Corvanta.ini \"OK\"\n"
+                 "  appeared  %1/.local/share/Corvanta \"OK\"\n"
                  "Corvanta:\n"
                  "  changed   Application Data: \"%1/.local/share/Corvanta - Does Not Exist\" -> "
                  "\"%1/.local/share/Corvanta\"\n"
