@@ -88,7 +88,7 @@ QString saveReportIn(const SupportDataMap& table, const QString& parent)
                                            "Report not saved: no folder was chosen.");
     QString folder;
     if (saveReportBundle(parent, QDateTime::currentDateTimeUtc(), reportText(table),
-                         reportPicture(table), {}, &folder))
+                         reportPicture(table), &folder))
         return QCoreApplication::translate("ReportExport", "Report saved in %1")
             .arg(QDir::toNativeSeparators(folder));
     if (!QFileInfo(folder).isDir())
