@@ -26,10 +26,9 @@ QStringList block(const QString& text, const QString& name)
 
 QPushButton* button(const QWidget& tab, const QString& action)
 {
-    for (QPushButton* candidate : tab.findChildren<QPushButton*>()) {
+    for (QPushButton* candidate : tab.findChildren<QPushButton*>())
         if (candidate->text() == action + u" DPI Workaround"_s)
             return candidate;
-    }
     return nullptr;
 }
 
@@ -74,13 +73,11 @@ private slots:
             QVERIFY2(lines.contains(u"  "_s + QLatin1String(line)), line);
 
         const QList<int> missing{1, 3};
-        SupportFontsData::FontSlots fontSlots;
-        for (int i = 0; i < 4; ++i)
-            fontSlots[size_t(i)].name =
-                QStringList{"DejaVu Sans Mono", "Sequence-Regular", "System", "Verdana"}.at(i);
-        fontSlots[0].font = QSharedPointer<QFont>::create(u"DejaVu Sans Mono"_s);
-        fontSlots[2].font = QSharedPointer<QFont>::create(u"DejaVu Sans"_s);
-        fonts.setSlots(fontSlots);
+        fonts.setSlots(
+            {{{QSharedPointer<QFont>::create(u"DejaVu Sans Mono"_s), u"DejaVu Sans Mono"_s},
+              {{}, u"Sequence-Regular"_s},
+              {QSharedPointer<QFont>::create(u"DejaVu Sans"_s), u"System"_s},
+              {{}, u"Verdana"_s}}});
         fonts.render();
         QCOMPARE(fonts.errors(), (QStringList{"Embedded Sequence-Regular font failed to load.",
                                               "Verdana font not found."}));
