@@ -1,5 +1,8 @@
 #include "RegistryTools.h"
 
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QStringDecoder>
 
@@ -7,6 +10,7 @@
 
 namespace {
 
+const QString supportToolName = QStringLiteral("Corvanta Support");
 const QByteArray defaultApplicationsGroup = QByteArrayLiteral("Default Applications");
 const QByteArray addedAssociationsGroup = QByteArrayLiteral("Added Associations");
 
@@ -443,12 +447,60 @@ QString keyFileValue(const QByteArray& text, const QString& group, const QString
 
 QString execProgram(const QString& exec)
 {
-    const QString line = exec.trimmed();
-    if (line.startsWith(QLatin1Char('"'))) {
-        const qsizetype close = line.indexOf(QLatin1Char('"'), 1);
-        return close > 0 ? line.mid(1, close - 1) : QString();
+    static const QRegularExpression assignment(QStringLiteral("^[A-Za-z_][A-Za-z0-9_]*="));
+    QStringView rest = QStringView(exec).trimmed();
+    bool afterEnv = false;
+    while (!rest.isEmpty()) {
+        QString word;
+        if (rest.startsWith(QLatin1Char('"'))) {
+            const qsizetype close = rest.indexOf(QLatin1Char('"'), 1);
+            if (close < 0)
+                return {};
+            word = rest.mid(1, close - 1).toString();
+            rest = rest.mid(close + 1).trimmed();
+        } else {
+            const qsizetype blank = rest.indexOf(QLatin1Char(' '));
+            word = (blank < 0 ? rest : rest.left(blank)).toString();
+            rest = blank < 0 ? QStringView() : rest.mid(blank + 1).trimmed();
+        }
+        // "env A=1 program" runs the program, as the desktop's launchers do.
+        if (!afterEnv && isEnvProgram(word)) {
+            afterEnv = true;
+            continue;
+        }
+        if (afterEnv && assignment.match(word).hasMatch())
+            continue;
+        return word;
     }
-    return line.section(QLatin1Char(' '), 0, 0);
+    return {};
+}
+
+bool isEnvProgram(const QString& program)
+{
+    return program == QLatin1String("env") || program.endsWith(QLatin1String("/env"));
+}
+
+bool isSupportToolEntry(const QString& displayName, const QString& program)
+{
+    if (displayName.compare(supportToolName, Qt::CaseInsensitive) == 0)
+        return true;
+    // A Windows icon names its program, perhaps quoted and followed by the icon's index.
+    static const QRegularExpression iconIndex(QStringLiteral(",-?\\d+$"));
+    QString path = program;
+    path.remove(iconIndex);
+    path.remove(QLatin1Char('"'));
+    const QString canonical = QFileInfo(path).canonicalFilePath();
+    if (canonical.isEmpty() || !QCoreApplication::instance())
+        return false;
+    const QDir folder(QCoreApplication::applicationDirPath());
+    for (const QString& name :
+         {QStringLiteral("corvanta-support"), QStringLiteral("corvanta-support-report")}) {
+        for (const QString& suffix : {QString(), QStringLiteral(".exe")}) {
+            if (QFileInfo(folder.filePath(name + suffix)).canonicalFilePath() == canonical)
+                return true;
+        }
+    }
+    return canonical == QFileInfo(QCoreApplication::applicationFilePath()).canonicalFilePath();
 }
 
 QString environmentValue(const QByteArray& text, const QString& name)

@@ -69,8 +69,13 @@ QByteArray withoutProductAssociations(const QByteArray& mimeapps, const QStringL
 
 // A value of a freedesktop key file; empty when absent, too long, or the text is not UTF-8.
 QString keyFileValue(const QByteArray& text, const QString& group, const QString& key);
-// The program of a desktop entry's Exec line, without its quotes and arguments.
+// The program of a desktop entry's Exec line, without its quotes and arguments, and past a
+// leading "env" with its assignments.
 QString execProgram(const QString& exec);
+bool isEnvProgram(const QString& program);
+// The support tool's own entry is no installed copy of the product: its name is the tool's, or
+// its program (a desktop entry's Exec, a Windows DisplayIcon) is one of the tool's executables.
+bool isSupportToolEntry(const QString& displayName, const QString& program);
 
 // environment.d: NAME=VALUE lines; the last assignment wins.
 QString environmentValue(const QByteArray& text, const QString& name);

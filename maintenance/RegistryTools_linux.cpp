@@ -9,6 +9,7 @@
 #include <QMimeDatabase>
 #include <QProcess>
 #include <QSaveFile>
+#include <QSet>
 #include <QStandardPaths>
 #include <QStringDecoder>
 
@@ -205,12 +206,21 @@ QList<UninstallEntry> uninstallEntries(const QString& nameContains)
 {
     QList<UninstallEntry> entries;
     QStringList unversioned;
+    // The user's folder comes first; an entry there hides the machine's with the same id, as it
+    // does in the desktop's menu.
+    QSet<QString> seenIds;
     for (const QString& folder :
          QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation)) {
-        QDirIterator it(folder + QStringLiteral("/applications"), {QStringLiteral("*.desktop")},
-                        QDir::Files, QDirIterator::Subdirectories);
+        const QDir applications(folder + QStringLiteral("/applications"));
+        QDirIterator it(applications.path(), {QStringLiteral("*.desktop")}, QDir::Files,
+                        QDirIterator::Subdirectories);
         while (it.hasNext()) {
             const QString path = it.next();
+            QString id = applications.relativeFilePath(path);
+            id.replace(QLatin1Char('/'), QLatin1Char('-'));
+            if (seenIds.contains(id))
+                continue;
+            seenIds.insert(id);
             const QString displayName =
                 readStringValue(path, desktopEntryGroup, QStringLiteral("Name"));
             if (!displayName.contains(nameContains, Qt::CaseInsensitive))
@@ -222,6 +232,8 @@ QList<UninstallEntry> uninstallEntries(const QString& nameContains)
             const QString resolved = program.isEmpty() || QFileInfo(program).isAbsolute()
                                          ? program
                                          : QStandardPaths::findExecutable(program);
+            if (isSupportToolEntry(displayName, resolved))
+                continue;
             UninstallEntry entry;
             entry.InstallLocation =
                 resolved.isEmpty() ? QString() : QFileInfo(resolved).absolutePath();

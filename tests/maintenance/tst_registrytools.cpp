@@ -75,6 +75,7 @@ private slots:
         QDir(config(QString())).removeRecursively();
         QDir(data(u"applications"_s)).removeRecursively();
         QDir(m_environment.path(u"system-config"_s)).removeRecursively();
+        QDir(m_environment.path(u"system-data/applications"_s)).removeRecursively();
     }
 
     // Keys go under the pushed groups in the user's own file, a common key outside them. Removing
@@ -128,9 +129,9 @@ private slots:
         QTest::addColumn<QString>("product");
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<QStringList>("listed");
-        QTest::addColumn<QByteArray>("after");     // the whole file after the removal
-        // GIO's and xdg-mime's, before and after. xdg-mime reads only [Default Applications] lines that
-        // begin with the type, and the first of repeats.
+        QTest::addColumn<QByteArray>("after"); // the whole file after the removal
+        // GIO's and xdg-mime's, before and after. xdg-mime reads only [Default Applications] lines
+        // that begin with the type, and the first of repeats.
         QTest::addColumn<QStringList>("defaults");
         const QByteArray design = "application/x-corvanta-design";
         const QString other = u"org.other.desktop"_s;
@@ -227,29 +228,37 @@ private slots:
         QVERIFY(productAssociations(product, false).isEmpty());
     }
 
+    // As the desktop's menu shows them: "env" and its assignments are passed over, and the
+    // user's entry hides the machine's with the same id. The support tool's own entry, by its
+    // name or by its program, is no copy of the product.
     void installedProgramsFromDesktopEntries()
     {
-        const QString shell = QStandardPaths::findExecutable(u"sh"_s);
-        QVERIFY(!shell.isEmpty());
         QVERIFY(putFile(data(u"applications/Corvanta.desktop"_s),
-                        "[Desktop Entry]\nName=Corvanta\nIcon=corvanta\nExec=sh %F\n"
+                        "[Desktop Entry]\nName=Corvanta\nIcon=corvanta\n"
+                        "Exec=env A=1 \"B=x y\" /opt/Corvanta/Corvanta %F\n"
                         "X-AppImage-Version=5.2.1\n[Desktop Action New]\nName=New design\n"
                         "Exec=/opt/other/new\n"));
         QVERIFY(putFile(data(u"applications/vendor/Viewer.desktop"_s),
                         "[Desktop Entry]\nName=Viewer\nExec=\"/opt/Corvanta Viewer/viewer\"\n"));
+        QVERIFY(putFile(m_environment.path(u"system-data/applications/vendor-Viewer.desktop"_s),
+                        "[Desktop Entry]\nName=Viewer\nExec=/opt/old/viewer\n"));
         QVERIFY(putFile(data(u"applications/Link.desktop"_s),
                         "[Desktop Entry]\nName=Link\nType=Link\nURL=https://example.org\n"));
+        QVERIFY(QFile::copy(
+            QStringLiteral(CORVANTA_SOURCE_DIR "/packaging/com.kelvanmoor.CorvantaSupport.desktop"),
+            data(u"applications/com.kelvanmoor.CorvantaSupport.desktop"_s)));
+        QVERIFY(putFile(data(u"applications/renamed.desktop"_s),
+                        "[Desktop Entry]\nName=Corvanta Helper\nExec=\""
+                            + QCoreApplication::applicationFilePath().toUtf8() + "\"\n"));
         QStringList found;
         for (const UninstallEntry& entry : uninstallEntries()) {
             found << QStringList{entry.DisplayName, entry.DisplayIcon, entry.InstallLocation,
                                  entry.DisplayVersion}
                          .join('|');
         }
-        // Nothing is filtered out: an entry without a program has no install location. Only the
-        // entry's own Exec line names the program.
-        QCOMPARE(sorted(found),
-                 (QStringList{"Corvanta|corvanta|" + QFileInfo(shell).absolutePath() + "|5.2.1",
-                              "Link|||", "Viewer||/opt/Corvanta Viewer|"}));
+        // An entry without a program has no install location.
+        QCOMPARE(sorted(found), (QStringList{"Corvanta|corvanta|/opt/Corvanta|5.2.1", "Link|||",
+                                             "Viewer||/opt/Corvanta Viewer|"}));
         // Asked for the product's, in another case, only its entry comes.
         const QList<UninstallEntry> named = uninstallEntries(u"CORVANTA"_s);
         QCOMPARE(named.size(), 1);
