@@ -50,7 +50,8 @@ public:
     QStringList macAddresses() const;
     // Resolved again on every call.
     QStringList localAddresses() const;
-    // A host's addresses as text, in the resolver's order.
+    // The local addresses as text, given the lookup of the machine's own name (which Linux does
+    // not use).
     static QStringList addressTexts(const QHostInfo& host);
 
     // Kind 1 is Windows, kind 2 macOS; "?" for what the table does not know.

@@ -5,6 +5,7 @@
 #include "SupportMainWindow.h"
 #include "SupportSystemData.h"
 #include "SupportSystemTab.h"
+#include "SystemProfile.h"
 #include "XvfbServer.h"
 
 #include <QApplication>
@@ -12,10 +13,12 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QHostAddress>
+#include <QHostInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMenuBar>
+#include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QSignalSpy>
@@ -161,12 +164,23 @@ class tst_PrivateNetwork : public QObject
     QTemporaryDir m_files;
     QTcpServer m_server;
     QList<QTcpSocket*> m_connections;
+    QStringList m_loopbackAddresses; // before the namespace had an interface of its own
+
+    static QStringList localAddressTexts()
+    {
+        QStringList texts =
+            SystemProfile::addressTexts(QHostInfo::fromName(QString::fromLatin1(hostName)));
+        texts.sort();
+        return texts;
+    }
 
 private slots:
     void initTestCase()
     {
         QVERIFY(m_home.isValid() && m_files.isValid());
         QVERIFY(bringLoopbackUp());
+        m_loopbackAddresses = localAddressTexts();
+        QVERIFY(addInterface(u"d0"_s, {u"10.9.8.7/24"_s, u"fd00::a1:7/64"_s}));
         QCOMPARE(::sethostname(hostName.constData(), size_t(hostName.size())), 0);
         QVERIFY(putFile(m_files.filePath(u"hosts"_s), hosts));
         QVERIFY(bindFile(m_files.filePath(u"hosts"_s), u"/etc/hosts"_s));
@@ -178,6 +192,14 @@ private slots:
         // The closed proxy of the other suites would answer at once, and no silence be tested.
         for (const char* name : {"http_proxy", "https_proxy", "no_proxy"})
             qunsetenv(name);
+    }
+
+    // The addresses of the interfaces that are up, not those the host name resolves to; loopback
+    // only while it is all there is.
+    void localAddresses()
+    {
+        QCOMPARE(m_loopbackAddresses, (QStringList{u"127.0.0.1"_s, u"::1"_s}));
+        QCOMPARE(localAddressTexts(), (QStringList{u"10.9.8.7"_s, u"fd00::a1:7"_s}));
     }
 
     // The report program as a shell user meets it, without a display, in the language of LANG.
