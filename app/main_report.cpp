@@ -39,10 +39,19 @@ int main(int argc, char** argv)
             qputenv("QT_QPA_PLATFORM", "offscreen");
     }
 
+    // The help, the version and a refusal are answered before the window system is reached, so
+    // that they print their answer alone (not Qt's "XDG_RUNTIME_DIR not set", for one).
+    {
+        QCoreApplication answering(argc, argv);
+        QCoreApplication::setApplicationVersion(QStringLiteral(CORVANTA_VERSION));
+        BaseApplication::installTranslations(QStringLiteral("corvanta-support"));
+        const ReportCommandLine commandLine(QCoreApplication::arguments());
+        if (!commandLine.runsReport())
+            return commandLine.answer();
+    }
+
     SupportApplication application(argc, argv);
     const ReportCommandLine commandLine(QCoreApplication::arguments());
-    if (!commandLine.runsReport())
-        return commandLine.answer();
 
     // A report to compare with is read first, so a bad file costs no collecting.
     QString reason;
