@@ -72,6 +72,7 @@ QString keyFileValue(const QByteArray& text, const QString& group, const QString
 // The program of a desktop entry's Exec line, without its quotes and arguments, and past a
 // leading "env" with its assignments.
 QString execProgram(const QString& exec);
+// "env", by its name or its path.
 bool isEnvProgram(const QString& program);
 // The support tool's own entry is no installed copy of the product: its name is the tool's, or
 // its program (a desktop entry's Exec, a Windows DisplayIcon) is one of the tool's executables.
