@@ -11,6 +11,11 @@
 
 #include <QFile>
 
+// The project's version, from CMake; the Windows sources check compiles without it.
+#ifndef CORVANTA_VERSION
+#define CORVANTA_VERSION "1.0.5"
+#endif
+
 namespace {
 
 bool readReport(const QString& path, ReportDocument* document, QString* reason)
