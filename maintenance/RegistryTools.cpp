@@ -489,18 +489,19 @@ bool isSupportToolEntry(const QString& displayName, const QString& program)
     QString path = program;
     path.remove(iconIndex);
     path.remove(QLatin1Char('"'));
-    const QString canonical = QFileInfo(path).canonicalFilePath();
-    if (canonical.isEmpty() || !QCoreApplication::instance())
+    // Compared as files, so that links and, on Windows, the case of a letter do not matter.
+    const QFileInfo file(path);
+    if (path.isEmpty() || !file.exists() || !QCoreApplication::instance())
         return false;
     const QDir folder(QCoreApplication::applicationDirPath());
     for (const QString& name :
          {QStringLiteral("corvanta-support"), QStringLiteral("corvanta-support-report")}) {
         for (const QString& suffix : {QString(), QStringLiteral(".exe")}) {
-            if (QFileInfo(folder.filePath(name + suffix)).canonicalFilePath() == canonical)
+            if (QFileInfo(folder.filePath(name + suffix)) == file)
                 return true;
         }
     }
-    return canonical == QFileInfo(QCoreApplication::applicationFilePath()).canonicalFilePath();
+    return QFileInfo(QCoreApplication::applicationFilePath()) == file;
 }
 
 QString environmentValue(const QByteArray& text, const QString& name)
