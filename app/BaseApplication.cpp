@@ -98,14 +98,15 @@ void BaseApplication::tryQuitting()
 
 void BaseApplication::installTranslations(const QString& catalogue)
 {
-    auto* own = new QTranslator(this);
+    QCoreApplication* application = QCoreApplication::instance();
+    auto* own = new QTranslator(application);
     if (!own->load(QLocale(), catalogue, QStringLiteral("_"), QStringLiteral(":/i18n"))) {
         delete own;
         return;
     }
     installTranslator(own);
     // Qt's dialogs and buttons follow in the same language, so no dialog mixes two.
-    auto* qt = new QTranslator(this);
+    auto* qt = new QTranslator(application);
     if (qt->load(QLocale(own->language()), QStringLiteral("qtbase"), QStringLiteral("_"),
                  QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         installTranslator(qt);

@@ -35,11 +35,13 @@ signals:
 public slots:
     void slotTryQuitting();
 
+    // Installs the translation for the user's language from ":/i18n/<catalogue>_<language>.qm",
+    // then Qt's own for that language, into the running application of any kind. Without one of
+    // its own the program stays in English.
+    static void installTranslations(const QString& catalogue);
+
 protected:
     virtual void tryQuitting();
-    // Installs the translation for the user's language from ":/i18n/<catalogue>_<language>.qm",
-    // then Qt's own for that language. Without one of its own the program stays in English.
-    void installTranslations(const QString& catalogue);
 
 private:
     struct Private;

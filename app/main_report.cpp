@@ -18,6 +18,11 @@
 
 #include <optional>
 
+// The project's version, from CMake; the Windows sources check compiles without it.
+#ifndef CORVANTA_VERSION
+#define CORVANTA_VERSION "1.0.5"
+#endif
+
 namespace {
 
 // Qt's and the collectors' own messages go to standard error through the redaction too. Those of
@@ -109,6 +114,17 @@ int main(int argc, char** argv)
             qputenv("QT_QPA_PLATFORM", "offscreen");
     }
 
+    // The help, the version and a refusal are answered before the window system is reached, so
+    // that they print their answer alone (not Qt's "XDG_RUNTIME_DIR not set", for one).
+    {
+        QCoreApplication answering(argc, argv);
+        QCoreApplication::setApplicationVersion(QStringLiteral(CORVANTA_VERSION));
+        BaseApplication::installTranslations(QStringLiteral("corvanta-support"));
+        const ReportCommandLine commandLine(QCoreApplication::arguments());
+        if (!commandLine.runsReport())
+            return commandLine.answer();
+    }
+
     qInstallMessageHandler(logMessage);
     SupportApplication application(argc, argv);
     const ReportCommandLine commandLine(QCoreApplication::arguments());
@@ -121,8 +137,6 @@ int main(int argc, char** argv)
         return redactor ? redactor->redact(text) : text;
     };
     releaseMessages(shown);
-    if (!commandLine.runsReport())
-        return commandLine.answer();
 
     // A report to compare with is read first, so a bad file costs no collecting.
     QString reason;

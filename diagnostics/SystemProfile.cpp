@@ -198,11 +198,7 @@ QStringList SystemProfile::macAddresses() const
 
 QStringList SystemProfile::addressTexts(const QHostInfo& host)
 {
-    QStringList texts;
-    const QList<QHostAddress> addresses = host.addresses();
-    for (const QHostAddress& address : addresses)
-        texts.append(address.toString());
-    return texts;
+    return SystemProfilePlatform::localAddresses(host);
 }
 
 QString SystemProfile::versionName(int kind, const QString& version)

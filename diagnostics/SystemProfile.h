@@ -48,7 +48,8 @@ public:
 
     // Physical adapters only, sorted; cached for half an hour within the same day.
     QStringList macAddresses() const;
-    // A host's addresses as text, in the resolver's order.
+    // The local addresses as text, given the lookup of the machine's own name (which Linux does
+    // not use).
     static QStringList addressTexts(const QHostInfo& host);
 
     // Kind 1 is Windows, kind 2 macOS; "?" for what the table does not know.

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+class QHostInfo;
+
 // What the operating system itself says about the machine; SystemProfile_win.cpp and
 // SystemProfile_linux.cpp each answer it their own way.
 namespace SystemProfilePlatform {
@@ -24,6 +26,12 @@ struct Facts
 
 // Asked once, in this order: operating system, processor count, speed, names, width, memory.
 Facts facts();
+
+// The machine's local IP addresses as text. Windows answers with the addresses that the lookup of
+// its own name found, in the resolver's order. Linux answers with the addresses of the interfaces
+// that are up, loopback only when it is all there is: its host name resolves through /etc/hosts to
+// 127.0.1.1, which tells support nothing.
+QStringList localAddresses(const QHostInfo& ownNameLookup);
 
 // The physical adapters' addresses from the system's own adapter list; empty when it names none.
 QStringList physicalAdapterAddresses();

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QNetworkInterface>
 #include <QSet>
 #include <QSysInfo>
 
@@ -96,6 +97,22 @@ QString userName()
 } // namespace
 
 namespace SystemProfilePlatform {
+
+QStringList localAddresses(const QHostInfo&)
+{
+    QStringList addresses;
+    QStringList loopback;
+    const QList<QNetworkInterface> interfaces = QNetworkInterface::allInterfaces();
+    for (const QNetworkInterface& interface : interfaces) {
+        if (!interface.flags().testFlag(QNetworkInterface::IsUp))
+            continue;
+        QStringList& list =
+            interface.flags().testFlag(QNetworkInterface::IsLoopBack) ? loopback : addresses;
+        for (const QNetworkAddressEntry& entry : interface.addressEntries())
+            list.append(entry.ip().toString());
+    }
+    return addresses.isEmpty() ? loopback : addresses;
+}
 
 Facts facts()
 {

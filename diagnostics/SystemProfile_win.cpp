@@ -5,9 +5,19 @@
 
 #include "win32/sysinfo.h"
 
+#include <QHostInfo>
 #include <QOperatingSystemVersion>
 
 namespace SystemProfilePlatform {
+
+QStringList localAddresses(const QHostInfo& ownNameLookup)
+{
+    QStringList texts;
+    const QList<QHostAddress> addresses = ownNameLookup.addresses();
+    for (const QHostAddress& address : addresses)
+        texts.append(address.toString());
+    return texts;
+}
 
 Facts facts()
 {

@@ -18,13 +18,18 @@ void checkExecProgram(const QString& exec, const QString& program)
 {
     const QString found = execProgram(exec);
     require(exec.contains(found), "the program is part of the Exec line");
-    if (program.isEmpty() || program.contains(QLatin1Char('"')))
+    // "env" is passed over, to the program it runs.
+    if (program.isEmpty() || program.contains(QLatin1Char('"')) || isEnvProgram(program))
         return;
     require(execProgram(QStringLiteral("\"%1\" %2").arg(program, exec)) == program,
             "a quoted program comes back without its quotes and arguments");
-    if (program == program.trimmed() && !program.contains(QLatin1Char(' ')))
+    if (program == program.trimmed() && !program.contains(QLatin1Char(' '))) {
         require(execProgram(program + QLatin1Char(' ') + exec) == program,
                 "a program without blanks comes back without its arguments");
+        if (!program.contains(QLatin1Char('=')))
+            require(execProgram(QStringLiteral("env A=1 _b=2 %1 %2").arg(program, exec)) == program,
+                    "env and its assignments are passed over");
+    }
 }
 
 } // namespace

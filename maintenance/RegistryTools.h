@@ -56,18 +56,27 @@ constexpr int maximumValueLength = 32767;
 // The product name without its blanks, followed by ".".
 QString associationPrefix(const QString& productName);
 
-// The [Default Applications] of a mimeapps.list: each MIME type with its first desktop-file id.
-// Empty for text that is not UTF-8.
-QMap<QString, QString> defaultApplications(const QByteArray& mimeapps);
-// The text without the default entries of the given MIME types that still name the product;
-// every other byte stays as it was.
-QByteArray withoutProductDefaults(const QByteArray& mimeapps, const QStringList& mimeTypes,
-                                  const QString& productName);
+// A group of a mimeapps.list ("Default Applications", "Added Associations") as the desktop's
+// GLib reads it: each MIME type with its desktop-file ids, the last of repeated keys and groups
+// winning. A value that is not UTF-8 names nothing for its type; a file GLib refuses (a leading
+// byte-order mark, a line that is no group, assignment or comment) names nothing at all.
+QMap<QString, QStringList> associationLists(const QByteArray& mimeapps, const QByteArray& group);
+// The text without the product's desktop-file ids in either group, for those of the MIME types
+// whose association is the product's (either group names it first). Other ids keep their order,
+// a line left without ids goes, and every other byte stays as it was.
+QByteArray withoutProductAssociations(const QByteArray& mimeapps, const QStringList& mimeTypes,
+                                      const QString& productName);
 
 // A value of a freedesktop key file; empty when absent, too long, or the text is not UTF-8.
 QString keyFileValue(const QByteArray& text, const QString& group, const QString& key);
-// The program of a desktop entry's Exec line, without its quotes and arguments.
+// The program of a desktop entry's Exec line, without its quotes and arguments, and past a
+// leading "env" with its assignments.
 QString execProgram(const QString& exec);
+// "env", by its name or its path.
+bool isEnvProgram(const QString& program);
+// The support tool's own entry is no installed copy of the product: its name is the tool's, or
+// its program (a desktop entry's Exec, a Windows DisplayIcon) is one of the tool's executables.
+bool isSupportToolEntry(const QString& displayName, const QString& program);
 
 // environment.d: NAME=VALUE lines; the last assignment wins.
 QString environmentValue(const QByteArray& text, const QString& name);

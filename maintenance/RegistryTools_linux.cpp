@@ -9,6 +9,7 @@
 #include <QMimeDatabase>
 #include <QProcess>
 #include <QSaveFile>
+#include <QSet>
 #include <QStandardPaths>
 #include <QStringDecoder>
 
@@ -17,6 +18,8 @@
 namespace {
 
 const QString desktopEntryGroup = QStringLiteral("Desktop Entry");
+const QByteArray defaultApplicationsGroup = QByteArrayLiteral("Default Applications");
+const QByteArray addedAssociationsGroup = QByteArrayLiteral("Added Associations");
 const QString environmentFileName = QStringLiteral("60-corvanta-support.conf");
 // Larger files are not settings files; they are refused rather than read.
 constexpr qint64 maximumFileSize = 4 * 1024 * 1024;
@@ -145,23 +148,27 @@ QString readStringValue(const RegistryKey& key, const QString& subKey, const QSt
 
 QStringList productAssociations(const QString& productName, bool machine)
 {
-    // The first file that names a default for a type decides it.
-    QMap<QString, QString> defaults;
+    // The first file that names a type in either group decides whose it is; it is the product's
+    // when either group names the product first.
+    const QString prefix = associationPrefix(productName);
+    QMap<QString, bool> productTypes;
     for (const QString& path : mimeappsFiles(machine)) {
         QByteArray text;
         if (!readSmallFile(path, &text))
             continue;
-        const QMap<QString, QString> fileDefaults = defaultApplications(text);
-        for (auto it = fileDefaults.cbegin(); it != fileDefaults.cend(); ++it) {
-            if (!defaults.contains(it.key()))
-                defaults.insert(it.key(), it.value());
+        const QMap<QString, QStringList> defaults =
+            associationLists(text, defaultApplicationsGroup);
+        const QMap<QString, QStringList> added = associationLists(text, addedAssociationsGroup);
+        for (const QString& type : defaults.keys() + added.keys()) {
+            if (!productTypes.contains(type))
+                productTypes.insert(type, defaults.value(type).value(0).startsWith(prefix)
+                                              || added.value(type).value(0).startsWith(prefix));
         }
     }
-    const QString prefix = associationPrefix(productName);
     const QMimeDatabase database;
     QStringList extensions;
-    for (auto it = defaults.cbegin(); it != defaults.cend(); ++it) {
-        if (!it.value().startsWith(prefix))
+    for (auto it = productTypes.cbegin(); it != productTypes.cend(); ++it) {
+        if (!it.value())
             continue;
         for (const QString& suffix : database.mimeTypeForName(it.key()).suffixes()) {
             const QString extension = QLatin1Char('.') + suffix;
@@ -188,7 +195,7 @@ bool removeProductAssociation(const QString& extension, const QString& productNa
         QByteArray text;
         if (!readSmallFile(path, &text))
             continue;
-        const QByteArray changed = withoutProductDefaults(text, mimeTypes, productName);
+        const QByteArray changed = withoutProductAssociations(text, mimeTypes, productName);
         if (changed != text && writeFile(path, changed))
             removed = true;
     }
@@ -199,12 +206,21 @@ QList<UninstallEntry> uninstallEntries(const QString& nameContains)
 {
     QList<UninstallEntry> entries;
     QStringList unversioned;
+    // The user's folder comes first; an entry there hides the machine's with the same id, as it
+    // does in the desktop's menu.
+    QSet<QString> seenIds;
     for (const QString& folder :
          QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation)) {
-        QDirIterator it(folder + QStringLiteral("/applications"), {QStringLiteral("*.desktop")},
-                        QDir::Files, QDirIterator::Subdirectories);
+        const QDir applications(folder + QStringLiteral("/applications"));
+        QDirIterator it(applications.path(), {QStringLiteral("*.desktop")}, QDir::Files,
+                        QDirIterator::Subdirectories);
         while (it.hasNext()) {
             const QString path = it.next();
+            QString id = applications.relativeFilePath(path);
+            id.replace(QLatin1Char('/'), QLatin1Char('-'));
+            if (seenIds.contains(id))
+                continue;
+            seenIds.insert(id);
             const QString displayName =
                 readStringValue(path, desktopEntryGroup, QStringLiteral("Name"));
             if (!displayName.contains(nameContains, Qt::CaseInsensitive))
@@ -216,6 +232,8 @@ QList<UninstallEntry> uninstallEntries(const QString& nameContains)
             const QString resolved = program.isEmpty() || QFileInfo(program).isAbsolute()
                                          ? program
                                          : QStandardPaths::findExecutable(program);
+            if (isSupportToolEntry(displayName, resolved))
+                continue;
             UninstallEntry entry;
             entry.InstallLocation =
                 resolved.isEmpty() ? QString() : QFileInfo(resolved).absolutePath();

@@ -38,10 +38,11 @@ QList<UninstallEntry> uninstallEntries(const QString& nameContains)
     QList<UninstallEntry> entries;
     for (const win32::UninstallEntry& entry : win32::uninstallEntries()) {
         const QString displayName = QString::fromStdWString(entry.displayName);
-        if (displayName.contains(nameContains, Qt::CaseInsensitive)) {
-            entries.append({QString::fromStdWString(entry.installLocation),
-                            QString::fromStdWString(entry.displayIcon), displayName,
-                            QString::fromStdWString(entry.displayVersion)});
+        const QString displayIcon = QString::fromStdWString(entry.displayIcon);
+        if (displayName.contains(nameContains, Qt::CaseInsensitive)
+            && !isSupportToolEntry(displayName, displayIcon)) {
+            entries.append({QString::fromStdWString(entry.installLocation), displayIcon,
+                            displayName, QString::fromStdWString(entry.displayVersion)});
         }
     }
     return entries;

@@ -9,13 +9,17 @@
 struct Downloader::Private
 {
     bool complete = false;
+    bool success = false;
 };
 
 Downloader::Downloader(QObject* parent)
     : NetworkTransfer(parent)
     , d(std::make_unique<Private>())
 {
-    connect(this, &NetworkTransfer::signalComplete, this, [this] { d->complete = true; });
+    connect(this, &NetworkTransfer::signalComplete, this, [this](bool success) {
+        d->complete = true;
+        d->success = success;
+    });
 }
 
 Downloader::~Downloader() = default;
@@ -23,6 +27,11 @@ Downloader::~Downloader() = default;
 bool Downloader::isComplete() const
 {
     return d->complete;
+}
+
+bool Downloader::isSuccess() const
+{
+    return d->success;
 }
 
 QByteArray download(const QUrl& url, const QString& destinationPath, bool quiet, int timeoutSeconds)
@@ -40,6 +49,9 @@ QByteArray download(const QUrl& url, const QString& destinationPath, bool quiet,
 
     const QString fileName = downloader.takeFileName();
     QByteArray result;
+    // A failed transfer has removed its file; nothing partial may replace the destination.
+    if (!downloader.isSuccess())
+        return result;
     if (!destinationPath.isEmpty()) {
         moveFile(fileName, destinationPath);
         return result;

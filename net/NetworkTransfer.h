@@ -12,8 +12,9 @@
 class QNetworkRequest;
 
 // Downloads one URL into a uniquely named temporary file through the network service, following
-// redirects one hop at a time and ignoring certificate errors. The outcome comes as one
-// signalComplete; a failure is also shown in a message box unless the transfer is quiet.
+// http and https redirects one hop at a time (twenty at most) and ignoring certificate errors.
+// The body goes to the file as it arrives. The outcome comes as one signalComplete; a failure
+// leaves no file and is also shown in a message box unless the transfer is quiet.
 class NetworkTransfer : public QObject
 {
     Q_OBJECT
@@ -41,11 +42,14 @@ public slots:
     void slotTransferProgress(qint64 bytesReceived, qint64 bytesTotal);
     void slotError(QNetworkReply::NetworkError code);
     void slotSslErrors(const QList<QSslError>& errors);
+    void slotReadyRead();
     void slotFinished();
 
 private:
-    // Copies the finished reply's body into the download file.
+    // Appends what the reply holds so far to the download file, as it arrives.
     bool saveBody(QNetworkReply* reply);
+    // Removes the partial file, tells the user unless quiet, and signals the failure.
+    void fail(QNetworkReply* reply, QNetworkReply::NetworkError error, const QString& reason);
 
     struct Private;
     std::unique_ptr<Private> d;

@@ -10,7 +10,7 @@ packages=(
     fonts-dejavu-core openssl curl librsvg2-bin
     g++-mingw-w64-x86-64-posix wine64 googletest
     dpkg-dev file lintian desktop-file-utils appstream qt6-translations-l10n python3-jsonschema
-    clang libclang-rt-14-dev
+    clang libclang-rt-14-dev libglib2.0-dev libglib2.0-bin
 )
 
 missing=()

@@ -108,6 +108,10 @@
         <source>Transfer failed, please try again later.</source>
         <translation>Die Übertragung ist fehlgeschlagen. Bitte versuchen Sie es später erneut.</translation>
     </message>
+    <message>
+        <source>The download could not be written to disk.</source>
+        <translation>Der Download konnte nicht auf den Datenträger geschrieben werden.</translation>
+    </message>
 </context>
 <context>
     <name>ReportCommandLine</name>

@@ -6,6 +6,7 @@
 #include "SupportMainWindow.h"
 #include "SupportSystemData.h"
 #include "SupportSystemTab.h"
+#include "SystemProfile.h"
 #include "XvfbServer.h"
 
 #include <QApplication>
@@ -13,11 +14,13 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QHostAddress>
+#include <QHostInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLabel>
 #include <QMenuBar>
+#include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QSignalSpy>
@@ -165,12 +168,23 @@ class tst_PrivateNetwork : public QObject
     QTemporaryDir m_files;
     QTcpServer m_server;
     QList<QTcpSocket*> m_connections;
+    QStringList m_loopbackAddresses; // before the namespace had an interface of its own
+
+    static QStringList localAddressTexts()
+    {
+        QStringList texts =
+            SystemProfile::addressTexts(QHostInfo::fromName(QString::fromLatin1(hostName)));
+        texts.sort();
+        return texts;
+    }
 
 private slots:
     void initTestCase()
     {
         QVERIFY(m_home.isValid() && m_files.isValid());
         QVERIFY(bringLoopbackUp());
+        m_loopbackAddresses = localAddressTexts();
+        QVERIFY(addInterface(u"d0"_s, {u"10.9.8.7/24"_s, u"fd00::a1:7/64"_s}));
         QCOMPARE(::sethostname(hostName.constData(), size_t(hostName.size())), 0);
         QVERIFY(putFile(m_files.filePath(u"hosts"_s), hosts));
         QVERIFY(bindFile(m_files.filePath(u"hosts"_s), u"/etc/hosts"_s));
@@ -203,6 +217,14 @@ private slots:
             QCOMPARE(::umount(QFile::encodeName(m_files.filePath(name)).constData()), 0);
     }
 
+    // The addresses of the interfaces that are up, not those the host name resolves to; loopback
+    // only while it is all there is.
+    void localAddresses()
+    {
+        QCOMPARE(m_loopbackAddresses, (QStringList{u"127.0.0.1"_s, u"::1"_s}));
+        QCOMPARE(localAddressTexts(), (QStringList{u"10.9.8.7"_s, u"fd00::a1:7"_s}));
+    }
+
     // The report program as a shell user meets it, without a display, in the language of LANG.
     void answers_data()
     {
@@ -218,6 +240,7 @@ private slots:
         };
         row("--help", {u"--help"_s}, 0,
             {u"^Usage: "_s, u"\n  2  the command line was not understood;\n"_s});
+        row("--version", {u"--version"_s}, 0, {u"^corvanta-support-report 1\\.0\\.5\n$"_s});
         row("a value for a switch", {u"--version=2"_s}, 2, {},
             u"Unexpected value after '--version'; see --help"_s);
         row("unknown option with a value", {u"--colour=auto"_s}, 2, {},
@@ -285,8 +308,10 @@ private slots:
         QFETCH(QStringList, output);
         QFETCH(QString, errorLine);
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        for (const QString& name : {u"LC_ALL"_s, u"LC_MESSAGES"_s, u"LANGUAGE"_s, u"DISPLAY"_s,
-                                    u"WAYLAND_DISPLAY"_s, u"QT_QPA_PLATFORM"_s})
+        // As root meets it over a remote shell: without a runtime folder.
+        for (const QString& name :
+             {u"LC_ALL"_s, u"LC_MESSAGES"_s, u"LANGUAGE"_s, u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s,
+              u"QT_QPA_PLATFORM"_s, u"XDG_RUNTIME_DIR"_s})
             environment.remove(name);
         environment.insert(u"LANG"_s, lang);
         // Exit status 1: the output could not be written.
@@ -298,7 +323,11 @@ private slots:
         for (const QString& pattern : std::as_const(output))
             QVERIFY2(QRegularExpression(pattern).match(text).hasMatch(),
                      qPrintable(pattern + u"\n---\n"_s + text));
-        // Qt's own warnings may come too; the program's lines name it.
+        // The help and the version come without the window system, and so alone; elsewhere Qt's
+        // own warnings may come too, and the program's lines name it.
+        if (arguments.contains(u"--help"_s) || arguments.contains(u"--version"_s))
+            QVERIFY2(run.errors.count('\n') == (errorLine.isEmpty() ? 0 : 1),
+                     qPrintable(run.errors));
         const QStringList errors = run.errors.split('\n', Qt::SkipEmptyParts)
                                        .filter(u"corvanta-support-report"_s)
                                        .replaceInStrings(u"corvanta-support-report: "_s, QString());

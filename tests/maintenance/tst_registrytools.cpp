@@ -30,7 +30,7 @@ const QByteArray userMimeapps =
     "application/x-corvanta-design=Corvanta.desktop;\n"
     "\n"
     "[Default Applications]\n"
-    "  application/x-corvanta-design = Corvanta.desktop;other.desktop;\n"
+    "  application/x-corvanta-design = Corvanta.desktop;org.other.desktop;\n"
     "# another comment\n"
     "application/x-corvanta-other=other.desktop;\n"
     "application/x-corvanta-view=CorvantaViewer.desktop;";
@@ -75,6 +75,7 @@ private slots:
         QDir(config(QString())).removeRecursively();
         QDir(data(u"applications"_s)).removeRecursively();
         QDir(m_environment.path(u"system-config"_s)).removeRecursively();
+        QDir(m_environment.path(u"system-data/applications"_s)).removeRecursively();
     }
 
     // Keys go under the pushed groups in the user's own file, a common key outside them. Removing
@@ -104,31 +105,115 @@ private slots:
         QCOMPARE(store.group(), u"net/proxy"_s);
     }
 
-    // Removing a suffix takes its type's default for the product, and nothing else; another
-    // program's type and an unknown suffix are left alone. A product's name with a blank names
-    // desktop entries without it, and no product's name is taken for another's that it begins.
-    // For the machine, the first file that names a type decides it.
+    // What the desktop answers for the product's type: GIO's default, then xdg-mime's.
+    QStringList desktopDefaults()
+    {
+        const QString type = u"application/x-corvanta-design"_s;
+        QProcess gio;
+        gio.start(u"gio"_s, {u"mime"_s, type});
+        QProcess xdg;
+        xdg.start(u"xdg-mime"_s, {u"query"_s, u"default"_s, type});
+        if (!gio.waitForFinished() || !xdg.waitForFinished())
+            return {u"<not run>"_s};
+        const QString line = QString::fromUtf8(gio.readAllStandardOutput()).section('\n', 0, 0);
+        return {line.startsWith(u"Default"_s) ? line.section(u": "_s, 1) : QString(),
+                QString::fromUtf8(xdg.readAllStandardOutput()).trimmed()};
+    }
+
+    // "Remove All Associations" over the user's file, as GLib reads it. Only the product's ids
+    // leave a line, in both groups; every other byte stays. The desktop (GIO, xdg-mime) agrees
+    // before and after. A product's name with a blank names desktop entries without it, and no
+    // product's name is taken for another's that it begins.
+    void associations_data()
+    {
+        QTest::addColumn<QString>("product");
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QStringList>("listed");
+        QTest::addColumn<QByteArray>("after"); // the whole file after the removal
+        // GIO's and xdg-mime's, before and after. xdg-mime reads only [Default Applications] lines
+        // that begin with the type, and the first of repeats.
+        QTest::addColumn<QStringList>("defaults");
+        const QByteArray design = "application/x-corvanta-design";
+        const QString other = u"org.other.desktop"_s;
+        const QString product = u"Corvanta.desktop"_s;
+        QTest::newRow("both groups")
+            << u"Corvanta"_s << userMimeapps << QStringList{".cvd", ".cvdx"}
+            << QByteArray(userMimeapps)
+                   .replace(design + "=Corvanta.desktop;\n", "")
+                   .replace("= Corvanta.desktop;", "= ")
+            << QStringList{product, QString(), other, QString()};
+        QTest::newRow("another program's first")
+            << u"Corvanta"_s
+            << "[Default Applications]\n" + design + "=org.other.desktop;Corvanta.desktop;\n"
+            << QStringList() << QByteArray() << QStringList{other, other, other, other};
+        QTest::newRow("added only")
+            << u"Corvanta"_s
+            << "[Added Associations]\n" + design + "=Corvanta.desktop;org.other.desktop\n"
+            << QStringList{".cvd", ".cvdx"}
+            << "[Added Associations]\n" + design + "=org.other.desktop\n"
+            << QStringList{product, QString(), other, QString()};
+        QTest::newRow("last of repeats") << u"Corvanta"_s
+                                         << "[Default Applications]\n" + design
+                                                + "=org.other.desktop\n[Added Associations]\n"
+                                                  "[Default Applications]\n"
+                                                + design + "=Corvanta.desktop;\n"
+                                         << QStringList{".cvd", ".cvdx"}
+                                         << "[Default Applications]\n" + design
+                                                + "=org.other.desktop\n[Added Associations]\n"
+                                                  "[Default Applications]\n"
+                                         << QStringList{product, other, other, other};
+        QTest::newRow("stray bytes")
+            << u"Corvanta"_s
+            << "# caf\xe9\n[Default Applications]\n" + design + "=Corvanta.desktop;\nx/y=caf\xe9\n"
+            << QStringList{".cvd", ".cvdx"}
+            << QByteArray("# caf\xe9\n[Default Applications]\nx/y=caf\xe9\n")
+            << QStringList{product, product, QString(), QString()};
+        QTest::newRow("byte-order mark")
+            << u"Corvanta"_s
+            << "\xef\xbb\xbf[Default Applications]\n" + design + "=Corvanta.desktop\n"
+            << QStringList() << QByteArray()
+            << QStringList{QString(), QString(), QString(), QString()};
+        QTest::newRow("viewer") << u"Corvanta Viewer"_s << userMimeapps << QStringList{".cvv"}
+                                << QByteArray(userMimeapps)
+                                       .replace(
+                                           "application/x-corvanta-view=CorvantaViewer.desktop;",
+                                           "")
+                                << QStringList{product, QString(), product, QString()};
+    }
+
     void associations()
     {
+        QFETCH(QString, product);
+        QFETCH(QByteArray, text);
+        QFETCH(QStringList, listed);
+        QFETCH(QByteArray, after);
+        QFETCH(QStringList, defaults);
+        if (after.isEmpty())
+            after = text;
+        for (const char* id : {"Corvanta", "CorvantaViewer", "org.other"}) {
+            QVERIFY(putFile(data(u"applications/%1.desktop"_s.arg(id)),
+                            "[Desktop Entry]\nType=Application\nName=" + QByteArray(id)
+                                + "\nExec=true %f\n"));
+        }
         const QString path = config(u"mimeapps.list"_s);
-        const QString viewer = u"Corvanta Viewer"_s;
-        QVERIFY(putFile(path, userMimeapps));
-        QCOMPARE(sorted(productAssociations(product, false)), (QStringList{".cvd", ".cvdx"}));
-        QCOMPARE(productAssociations(viewer, false), QStringList{u".cvv"_s});
+        QVERIFY(putFile(path, text));
+        QCOMPARE(desktopDefaults(), defaults.mid(0, 2));
+        QCOMPARE(sorted(productAssociations(product, false)), listed);
         QVERIFY(productAssociations(product, true).isEmpty());
         QVERIFY(!removeProductAssociation(u".cvo"_s, product, false));
         QVERIFY(!removeProductAssociation(u".nosuch"_s, product, false));
-        QCOMPARE(fileBytes(path), userMimeapps);
-        QVERIFY(removeProductAssociation(u".cvdx"_s, product, false));
-        QCOMPARE(fileBytes(path),
-                 QByteArray(userMimeapps)
-                     .replace("  application/x-corvanta-design = Corvanta.desktop;other.desktop;\n",
-                              ""));
+        QCOMPARE(fileBytes(path), text);
+        for (const QString& extension : listed)
+            removeProductAssociation(extension, product, false);
+        QCOMPARE(fileBytes(path), after);
         QVERIFY(productAssociations(product, false).isEmpty());
-        QVERIFY(removeProductAssociation(u".cvv"_s, viewer, false));
-        QVERIFY(fileBytes(path).endsWith("application/x-corvanta-other=other.desktop;\n"));
+        QCOMPARE(desktopDefaults(), defaults.mid(2));
+    }
 
-        QVERIFY(QFile::remove(path));
+    // For the machine, the first file that names a type decides it.
+    void machineAssociations()
+    {
+        const QString path = config(u"mimeapps.list"_s);
         QVERIFY(putFile(m_environment.path(u"system-config/mimeapps.list"_s),
                         "[Default Applications]\napplication/x-corvanta-other=other.desktop\n"));
         QVERIFY(putFile(m_environment.path(u"system-data/applications/mimeapps.list"_s),
@@ -143,29 +228,37 @@ private slots:
         QVERIFY(productAssociations(product, false).isEmpty());
     }
 
+    // As the desktop's menu shows them: "env" and its assignments are passed over, and the
+    // user's entry hides the machine's with the same id. The support tool's own entry, by its
+    // name or by its program, is no copy of the product.
     void installedProgramsFromDesktopEntries()
     {
-        const QString shell = QStandardPaths::findExecutable(u"sh"_s);
-        QVERIFY(!shell.isEmpty());
         QVERIFY(putFile(data(u"applications/Corvanta.desktop"_s),
-                        "[Desktop Entry]\nName=Corvanta\nIcon=corvanta\nExec=sh %F\n"
+                        "[Desktop Entry]\nName=Corvanta\nIcon=corvanta\n"
+                        "Exec=env A=1 \"B=x y\" /opt/Corvanta/Corvanta %F\n"
                         "X-AppImage-Version=5.2.1\n[Desktop Action New]\nName=New design\n"
                         "Exec=/opt/other/new\n"));
         QVERIFY(putFile(data(u"applications/vendor/Viewer.desktop"_s),
                         "[Desktop Entry]\nName=Viewer\nExec=\"/opt/Corvanta Viewer/viewer\"\n"));
+        QVERIFY(putFile(m_environment.path(u"system-data/applications/vendor-Viewer.desktop"_s),
+                        "[Desktop Entry]\nName=Viewer\nExec=/opt/old/viewer\n"));
         QVERIFY(putFile(data(u"applications/Link.desktop"_s),
                         "[Desktop Entry]\nName=Link\nType=Link\nURL=https://example.org\n"));
+        QVERIFY(QFile::copy(
+            QStringLiteral(CORVANTA_SOURCE_DIR "/packaging/com.kelvanmoor.CorvantaSupport.desktop"),
+            data(u"applications/com.kelvanmoor.CorvantaSupport.desktop"_s)));
+        QVERIFY(putFile(data(u"applications/renamed.desktop"_s),
+                        "[Desktop Entry]\nName=Corvanta Helper\nExec=\""
+                            + QCoreApplication::applicationFilePath().toUtf8() + "\"\n"));
         QStringList found;
         for (const UninstallEntry& entry : uninstallEntries()) {
             found << QStringList{entry.DisplayName, entry.DisplayIcon, entry.InstallLocation,
                                  entry.DisplayVersion}
                          .join('|');
         }
-        // Nothing is filtered out: an entry without a program has no install location. Only the
-        // entry's own Exec line names the program.
-        QCOMPARE(sorted(found),
-                 (QStringList{"Corvanta|corvanta|" + QFileInfo(shell).absolutePath() + "|5.2.1",
-                              "Link|||", "Viewer||/opt/Corvanta Viewer|"}));
+        // An entry without a program has no install location.
+        QCOMPARE(sorted(found), (QStringList{"Corvanta|corvanta|/opt/Corvanta|5.2.1", "Link|||",
+                                             "Viewer||/opt/Corvanta Viewer|"}));
         // Asked for the product's, in another case, only its entry comes.
         const QList<UninstallEntry> named = uninstallEntries(u"CORVANTA"_s);
         QCOMPARE(named.size(), 1);

@@ -50,6 +50,36 @@ bool bringLoopbackUp()
     return up;
 }
 
+bool addInterface(const QString& name, const QStringList& addresses)
+{
+    const auto ip = [](const QStringList& arguments) {
+        return QProcess::execute(QStringLiteral("ip"), arguments) == 0;
+    };
+    // Quietly: a kernel without the dummy driver says so, and the bridge follows.
+    QProcess dummy;
+    dummy.setStandardErrorFile(QProcess::nullDevice());
+    dummy.start(QStringLiteral("ip"), {QStringLiteral("link"), QStringLiteral("add"), name,
+                                       QStringLiteral("type"), QStringLiteral("dummy")});
+    const bool added = dummy.waitForFinished() && dummy.exitStatus() == QProcess::NormalExit
+                       && dummy.exitCode() == 0;
+    if (!added
+        && !ip({QStringLiteral("link"), QStringLiteral("add"), name, QStringLiteral("type"),
+                QStringLiteral("bridge")}))
+        return false;
+    if (!ip({QStringLiteral("link"), QStringLiteral("set"), name, QStringLiteral("addrgenmode"),
+             QStringLiteral("none")}))
+        return false;
+    for (const QString& address : addresses) {
+        QStringList arguments{QStringLiteral("address"), QStringLiteral("add"), address,
+                              QStringLiteral("dev"), name};
+        if (address.contains(QLatin1Char(':')))
+            arguments << QStringLiteral("nodad");
+        if (!ip(arguments))
+            return false;
+    }
+    return ip({QStringLiteral("link"), QStringLiteral("set"), name, QStringLiteral("up")});
+}
+
 bool bindFile(const QString& file, const QString& target)
 {
     return ::mount(QFile::encodeName(file).constData(), QFile::encodeName(target).constData(),

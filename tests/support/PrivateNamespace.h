@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 // Runs this test executable again inside "unshare" with flags such as "-rmn", where it may bind
 // files, serve on any port and name its host without touching the machine. Returns true inside;
@@ -9,6 +10,10 @@ bool enterPrivateNamespace(int argc, char** argv, const char* flags);
 
 // A new network namespace starts with its loopback interface down.
 bool bringLoopbackUp();
+// An interface of this namespace, up and carrying the addresses ("10.9.8.7/24", "fd00::7/64"):
+// a dummy one, or an empty bridge where the kernel has no dummy driver. No address of its own is
+// made up for it.
+bool addInterface(const QString& name, const QStringList& addresses);
 // Puts the file in the place of target, such as /etc/hosts, for this namespace only.
 bool bindFile(const QString& file, const QString& target);
 

@@ -8,15 +8,17 @@
 
 using namespace Qt::StringLiterals;
 
+// The product's id leaves the added association's line; the other stays.
 const QByteArray ProductHome::mimeappsWithoutProduct =
     "# kept comment\r\n"
     "[Added Associations]\n"
-    "application/x-corvanta-design=Corvanta.desktop;\n"
+    "application/x-corvanta-design=org.other.desktop;\n"
     "\n"
     "[Default Applications]\n"
     "application/x-corvanta-other=other.desktop;\n";
-const QByteArray ProductHome::mimeapps =
-    ProductHome::mimeappsWithoutProduct + "application/x-corvanta-design=Corvanta.desktop;\n";
+const QByteArray ProductHome::mimeapps = QByteArray(ProductHome::mimeappsWithoutProduct)
+                                             .replace("=org.other", "=Corvanta.desktop;org.other")
+                                         + "application/x-corvanta-design=Corvanta.desktop;\n";
 const QByteArray ProductHome::preferencesText =
     "[General]\nlastCheck=@DateTime(\0\0\0\x10\0\0\0\0\0\0%\x8a\xa0\x4)\nname=Ada\xc3\xa9\n"_ba;
 const QByteArray ProductHome::repairedPreferences =
