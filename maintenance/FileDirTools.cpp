@@ -10,6 +10,8 @@
 #include <QTextStream>
 #include <QThread>
 
+#include <algorithm>
+
 #include <cerrno>
 #include <cstring>
 
@@ -194,33 +196,182 @@ bool exceedsRecycleBinPathLimit(const QString& nativePath)
     return nativePath.length() + 2 > recycleBinMaxPath;
 }
 
-bool moveToRecycleBin(const QString& path)
+namespace {
+
+bool isLink(const QFileInfo& info)
+{
+    return info.isSymbolicLink() || info.isJunction();
+}
+
+bool isBelow(const QString& path, const QString& folder)
+{
+    return path.startsWith(folder + QLatin1Char('/'));
+}
+
+// The mount points at the path or below it.
+QStringList mountsAt(const QString& path)
+{
+    const QString folder = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+    QStringList mounts;
+    for (const QString& mount : FileDirPlatform::mountPoints()) {
+        if (mount == folder || isBelow(mount, folder))
+            mounts.append(mount);
+    }
+    return mounts;
+}
+
+} // namespace
+
+bool moveToRecycleBin(const QString& path, QString* errorText)
 {
     const QString native = QDir::toNativeSeparators(path);
     if (FileDirPlatform::recycleBinHasPathLimit() && exceedsRecycleBinPathLimit(native)) {
+        const QString limit = QString::number(recycleBinMaxPath - 2);
         qDebug().noquote() << QStringLiteral("Max path %1 exceeded to put into Recycle Bin: %2")
-                                  .arg(QString::number(recycleBinMaxPath - 2), native);
+                                  .arg(limit, native);
+        setError(
+            errorText,
+            QCoreApplication::translate("FileDirTools", "Could not put \"%1\" into the trash: %2")
+                .arg(path, QCoreApplication::translate("FileDirTools",
+                                                       "The path is longer than %1 characters.")
+                               .arg(limit)));
         return false;
     }
+    // Moving a folder moves what is mounted inside it, which emptying the trash would then erase.
+    const QFileInfo info(path);
+    if (info.isDir() && !isLink(info)) {
+        if (const QStringList mounts = mountsAt(path); !mounts.isEmpty()) {
+            qDebug().noquote() << QStringLiteral("Not put into Recycle Bin: %1 holds the mount %2")
+                                      .arg(native, mounts.first());
+            setError(errorText,
+                     QCoreApplication::translate("FileDirTools",
+                                                 "Could not put \"%1\" into the trash: %2")
+                         .arg(path, QCoreApplication::translate(
+                                        "FileDirTools", "It holds another file system at \"%1\".")
+                                        .arg(mounts.first())));
+            return false;
+        }
+    }
+    QString reason;
     for (int attempt = 0; attempt < recycleBinTries; ++attempt) {
         int status = 0;
-        if (FileDirPlatform::moveToRecycleBin(native, status))
+        if (FileDirPlatform::moveToRecycleBin(native, status, reason))
             return true;
         qDebug().noquote() << QStringLiteral("Failed to put into Recycle Bin: %1 (status=%2)")
                                   .arg(native, QString::number(status));
+        if (reason.isEmpty())
+            reason =
+                QCoreApplication::translate("FileDirTools", "The system answered %1.").arg(status);
         QThread::msleep(retryDelayMs);
     }
+    setError(errorText,
+             QCoreApplication::translate("FileDirTools", "Could not put \"%1\" into the trash: %2")
+                 .arg(path, reason));
     return false;
 }
 
-QStringList moveAllToRecycleBin(const QStringList& paths)
+QStringList moveAllToRecycleBin(const QStringList& paths, QString* errorText)
 {
     QStringList failed;
+    QStringList reasons;
     for (const QString& path : paths) {
-        if (!moveToRecycleBin(path))
+        QString reason;
+        if (!moveToRecycleBin(path, &reason)) {
             failed.append(path);
+            reasons.append(reason);
+        }
     }
+    setError(errorText, reasons.join(QLatin1Char('\n')));
     return failed;
+}
+
+namespace {
+
+// Removes what is below the folder, then the folder; mount points and the folders that lead to
+// them stay and are added to kept.
+void removeTree(const QString& folder, const QStringList& mounts, QStringList& kept)
+{
+    if (mounts.contains(folder)) {
+        kept.append(folder);
+        return;
+    }
+    const QFileInfoList entries = QDir(folder).entryInfoList(QDir::AllEntries | QDir::Hidden
+                                                             | QDir::System | QDir::NoDotAndDotDot);
+    for (const QFileInfo& entry : entries) {
+        const QString path = entry.filePath();
+        if (entry.isDir() && !isLink(entry)) {
+            removeTree(path, mounts, kept);
+        } else if (!QFile::remove(path) && !QDir().rmdir(path)) {
+            // A read-only file could not be removed on Windows; a link's target is never touched.
+            if (isLink(entry)
+                || !QFile::setPermissions(path, entry.permissions() | QFile::WriteOwner)
+                || !QFile::remove(path))
+                kept.append(path);
+        }
+    }
+    const bool leadsToKept = std::any_of(
+        kept.cbegin(), kept.cend(), [&](const QString& path) { return isBelow(path, folder); });
+    if (!leadsToKept && !QDir().rmdir(folder))
+        kept.append(folder);
+}
+
+} // namespace
+
+bool removePermanently(const QString& path, QString* errorText)
+{
+    const QFileInfo info(path);
+    if (path.isEmpty() || !(info.exists() || isLink(info)))
+        return true;
+    QStringList kept;
+    if (!info.isDir() || isLink(info)) {
+        if (!QFile::remove(path) && !QDir().rmdir(path))
+            kept.append(path);
+    } else {
+        const QStringList mounts = mountsAt(path);
+        removeTree(QDir::cleanPath(info.absoluteFilePath()), mounts, kept);
+        for (const QString& mount : std::as_const(mounts)) {
+            if (kept.contains(mount))
+                setError(errorText,
+                         QCoreApplication::translate(
+                             "FileDirTools", "\"%1\" holds another file system at \"%2\"; it was "
+                                             "left as it is.")
+                             .arg(path, mount));
+        }
+    }
+    if (kept.isEmpty())
+        return true;
+    for (const QString& left : std::as_const(kept))
+        qDebug().noquote() << QStringLiteral("Failed to remove %1").arg(left);
+    if (errorText && errorText->isEmpty())
+        *errorText = QCoreApplication::translate("FileDirTools", "Could not delete \"%1\".")
+                         .arg(kept.first());
+    return false;
+}
+
+QStringList mountPointsFromMountInfo(const QByteArray& text)
+{
+    // The fifth field, with blanks, tabs, line ends and backslashes written as octal escapes.
+    QStringList points;
+    for (const QByteArray& line : text.split('\n')) {
+        const QList<QByteArray> fields = line.split(' ');
+        if (fields.size() < 5 || fields.at(4).isEmpty())
+            continue;
+        const QByteArray& field = fields.at(4);
+        QByteArray point;
+        const auto isOctal = [&](qsizetype at) {
+            return at < field.size() && field.at(at) >= '0' && field.at(at) <= '7';
+        };
+        for (qsizetype i = 0; i < field.size(); ++i) {
+            if (field.at(i) == '\\' && isOctal(i + 1) && isOctal(i + 2) && isOctal(i + 3)) {
+                point.append(char(field.mid(i + 1, 3).toInt(nullptr, 8)));
+                i += 3;
+            } else {
+                point.append(field.at(i));
+            }
+        }
+        points.append(QFile::decodeName(point));
+    }
+    return points;
 }
 
 bool copyFile(const QString& source, const QString& destination, bool keepTimes, QString* errorText)

@@ -26,9 +26,17 @@ QString permissionsText(const QString& path, bool compact);
 // The Recycle Bin takes native paths of at most 258 characters (MAX_PATH less the list's two
 // terminating zeros).
 bool exceedsRecycleBinPathLimit(const QString& nativePath);
-bool moveToRecycleBin(const QString& path);
-// Returns the paths that could not be moved.
-QStringList moveAllToRecycleBin(const QStringList& paths);
+// An item the trash refuses stays where it was, whole; errorText then says why.
+bool moveToRecycleBin(const QString& path, QString* errorText = nullptr);
+// Returns the paths that could not be moved; errorText gets one line for each, saying why.
+QStringList moveAllToRecycleBin(const QStringList& paths, QString* errorText = nullptr);
+
+// Deletes the file, link or folder for good. Links go themselves, never what they lead to, and
+// nothing crosses into another file system: a mount point inside is left with the folders that
+// lead to it. errorText names what was left. True when nothing is left.
+bool removePermanently(const QString& path, QString* errorText = nullptr);
+// The mount points in the text of /proc/self/mountinfo, in its order.
+QStringList mountPointsFromMountInfo(const QByteArray& text);
 
 // Shows the path selected in the desktop's file manager. An empty path does nothing.
 void revealInExplorer(const QString& path);

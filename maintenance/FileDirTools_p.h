@@ -14,8 +14,11 @@ bool standardFolder(int kind, QString& path);
 
 // Whether the Recycle Bin refuses paths longer than MAX_PATH.
 bool recycleBinHasPathLimit();
-// One attempt; status is the system's result code when it fails.
-bool moveToRecycleBin(const QString& path, int& status);
+// One attempt. When it fails, status is the system's result code and reason its text, if any.
+// An item whose record the trash could not write is moved back first.
+bool moveToRecycleBin(const QString& path, int& status, QString& reason);
+// Every mount point of the system, so that no deletion crosses into another file system.
+QStringList mountPoints();
 
 // Whether two existing names lead to the same file: the same volume and the same file number.
 bool isSameFile(const QString& first, const QString& second);

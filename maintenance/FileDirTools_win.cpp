@@ -34,10 +34,16 @@ bool recycleBinHasPathLimit()
     return true;
 }
 
-bool moveToRecycleBin(const QString& path, int& status)
+bool moveToRecycleBin(const QString& path, int& status, QString&)
 {
     status = win32::moveToRecycleBin(native(path));
     return status == 0;
+}
+
+// Folders mounted inside others are junctions, which every deletion leaves as links.
+QStringList mountPoints()
+{
+    return {};
 }
 
 bool isSameFile(const QString& first, const QString& second)

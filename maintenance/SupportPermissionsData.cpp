@@ -1,6 +1,6 @@
 #include "SupportPermissionsData.h"
 
-#include "FileDirTools.h"
+#include "RemovalDialogs.h"
 #include "ReportFragments.h"
 #include "SupportCorvantaData.h"
 
@@ -74,10 +74,9 @@ int SupportPermissionsData::type() const
 void SupportPermissionsData::handleLink(const QString& link)
 {
     if (link.startsWith(deleteAction))
-        moveAllToRecycleBin({link.mid(deleteAction.size())});
+        trashOrDeleteForUser(link.mid(deleteAction.size()));
     else
         qDebug().noquote() << "Unsupported link clicked:" << link;
-    load();
 }
 
 void SupportPermissionsData::load()

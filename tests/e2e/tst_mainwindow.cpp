@@ -21,6 +21,17 @@ QString afterFirstLine(const QString& report)
     return report.mid(report.indexOf('\n')).replace(moving, u"\\1"_s);
 }
 
+// The report's blocks of the product's pages, which repairs change.
+QString productPages(const QString& report)
+{
+    QStringList blocks;
+    for (const QString& block : report.split(QString(50, '='))) {
+        if (block.startsWith(u"\nPermissions\n"_s) || block.startsWith(u"\nCorvanta\n"_s))
+            blocks << block.trimmed();
+    }
+    return blocks.join('\n');
+}
+
 } // namespace
 
 // Drives the real program on its own X server, from its menus and buttons, as a user would.
@@ -142,14 +153,24 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(page().endsWith(u"(User):\n\n|Repair P Remove P Remove A "_s),
                                  20000);
 
+        // The repair says what it changed.
         QVERIFY(press(u"push button"_s, u"Repair Preferences"_s));
         QTRY_VERIFY_WITH_TIMEOUT(fileBytes(home.preferences()) == ProductHome::repairedPreferences,
                                  20000);
+        QTRY_VERIFY_WITH_TIMEOUT(
+            !widgets.find(u"label"_s, u"Stored dates and times emptied in "_s).name.isEmpty(),
+            20000);
+        QVERIFY(press(u"push button"_s, u"OK"_s));
 
+        // The clicked button disables itself; a key pressed then must not reach the next one.
         QVERIFY(press(u"push button"_s, u"Remove Preferences"_s));
         QTRY_VERIFY_WITH_TIMEOUT(page().endsWith(u"|Repair P Remove A "_s), 20000);
         QVERIFY(!QFileInfo::exists(home.preferences()));
         QVERIFY(trashList().contains(' ' + home.preferences() + '\n'));
+        x.keys({u"space"_s, u"Return"_s});
+        QTest::qWait(1000);
+        QVERIFY2(QFileInfo::exists(home.dataFolder()) && page().endsWith(u"|Repair P Remove A "_s),
+                 qPrintable(page()));
 
         QVERIFY(press(u"push button"_s, u"Remove All Application Data"_s));
         QTRY_VERIFY_WITH_TIMEOUT(page().endsWith(u"|Repair P "_s), 20000);
@@ -160,6 +181,13 @@ private slots:
         QVERIFY2(listed.contains(' ' + home.dataFolder() + '\n')
                      && listed.contains(' ' + home.path(u".cache/Corvanta"_s) + '\n'),
                  qPrintable(listed));
+        // Every page describes the machine as it now is.
+        report.start(QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY), {});
+        QVERIFY(report.waitForFinished(60000) && report.exitCode() == 0);
+        const QString fresh = QString::fromUtf8(report.readAllStandardOutput());
+        QVERIFY(productPages(fresh).size() > 200 && productPages(fresh) != productPages(headless));
+        x.keys({u"Right"_s, u"Down"_s, u"Return"_s}, main);
+        QTRY_COMPARE_WITH_TIMEOUT(productPages(x.clipboard()), productPages(fresh), 10000);
 
         x.keys({u"Up"_s, u"Return"_s}, main);
         QVERIFY2(x.program().waitForFinished(10000), "the program did not quit from its File menu");

@@ -10,6 +10,8 @@
 #include "SupportCorvantaTab.h"
 #include "SupportPermissionsData.h"
 #include "SupportPermissionsTab.h"
+#include "SupportRegistry.h"
+#include "SupportTabs.h"
 
 #include <QApplication>
 #include <QDir>
@@ -20,10 +22,12 @@
 #include <QRegularExpression>
 #include <QScopeGuard>
 #include <QScrollArea>
+#include <QSignalSpy>
 #include <QTest>
 #include <QTextBrowser>
 #include <QTimer>
 
+#include <sys/mount.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -79,38 +83,158 @@ private slots:
         QVERIFY(collector.text()->contains(removeLink(u"removeUserExtension.cvd"_s)));
     }
 
-    // Links in the data folder lead out of it: deleting removes the links, never what they lead
-    // to or its permissions, and deletes for good rather than into the trash. A link that cannot
-    // go stops the deletion.
-    void links()
+    void removals_data()
     {
-        RUN_AS_NOBODY_WHEN_ROOT();
-        const QString kept = home(u"outside/kept.txt"_s), locked = data(u"locked"_s);
-        QVERIFY(putFile(kept, "kept") && QFile::setPermissions(kept, QFile::ReadOwner));
-        QVERIFY(QFile::link(home(u"outside"_s), data(u"temp/linked folder"_s)));
-        QVERIFY(QFile::link(m_home.dataFolder(), data(u"temp/loop"_s)));
-        QVERIFY(QDir().mkpath(locked) && QFile::link(kept, locked + u"/link"_s));
-        QVERIFY(QFile::setPermissions(locked, QFile::ReadOwner | QFile::ExeOwner));
-        auto expected = treeSnapshot(home(QString()));
-        SupportCorvantaData collector;
-        collector.load();
-        MessageLog log;
-        for (const char* link : {"deleteAppData", "removeUserExtension.cvo", "deleteAppData2"})
-            collector.handleLink(QString::fromLatin1(link));
-        QCOMPARE(logged(log), (QStringList{"Failed to remove " + locked + "/link",
-                                           "Failed to remove association: .cvo",
-                                           "Unsupported link clicked: deleteAppData2"}));
-        QCOMPARE(treeSnapshot(home(QString())), expected);
-        QVERIFY(
-            QFile::setPermissions(locked, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-        collector.handleLink(u"deleteAppData"_s);
-        for (const QString& path : expected.keys()) {
-            if ((path + '/').startsWith(m_home.dataFolder() + '/'))
-                expected.remove(path);
+        QTest::addColumn<QString>("setup");     // "records": the trash's records are read-only
+        QTest::addColumn<QString>("action");    // "#link" or a button's text
+        QTest::addColumn<QString>("answer");    // to the question before a permanent delete
+        QTest::addColumn<QStringList>("boxes"); // "title|start of the text" of each box shown
+        QTest::addColumn<QStringList>("gone");  // relative to the data folder; "." the folder
+        QTest::addColumn<bool>("trashed");      // the gone items are in the trash
+        const auto refused = [](const char* path) {
+            return u"Could not put \"%1\" into the trash: Unable to create trashing info file"_s
+                .arg(QString::fromUtf8(path));
+        };
+        QTest::newRow("data link, trashed") << QString() << u"#deleteAppData"_s << QString()
+                                            << QStringList() << QStringList{u"."_s} << true;
+        QTest::newRow("temporary link, refused, kept")
+            << u"records"_s << u"#deleteTempFiles"_s << u"No"_s
+            << QStringList{"Delete for Good?|" + refused("DATA/temp")} << QStringList() << false;
+        // Links in it lead out: they go, never what they lead to, nor their permissions.
+        QTest::newRow("data link, a mount inside, deleted for good")
+            << u"mount"_s << u"#deleteAppData"_s << u"Yes"_s
+            << QStringList{u"Delete for Good?|Could not put \"DATA\" into the trash: It holds "
+                           "another file system at \"DATA/temp/mounted here\"."_s,
+                           u"Not Removed|\"DATA\" holds another file system at \"DATA/temp/"
+                           "mounted here\"; it was left as it is."_s}
+            << QStringList{u"userUUID.txt"_s, u"temp/session.tmp"_s, u"linked folder"_s,
+                           u"dangling"_s}
+            << false;
+        QTest::newRow("permissions link, refused, kept")
+            << u"records"_s << u"#deletePathDATA/userUUID.txt"_s << u"No"_s
+            << QStringList{"Delete for Good?|" + refused("DATA/userUUID.txt")} << QStringList()
+            << false;
+        // A link to nothing is listed and goes itself.
+        QTest::newRow("permissions link, dangling link")
+            << QString() << u"#deletePathDATA/dangling"_s << QString() << QStringList()
+            << QStringList{u"dangling"_s} << true;
+        QTest::newRow("button, refused")
+            << u"records"_s << u"Remove All Application Data"_s << QString()
+            << QStringList{"Not Removed|" + refused("DATA")} << QStringList() << false;
+        QTest::newRow("data link, linked data folder")
+            << u"linked"_s << u"#deleteAppData"_s << QString()
+            << QStringList{u"Link Removed|\"DATA\" was a link: only the link was removed. Its "
+                           "data is still in \"HOME/elsewhere\"."_s}
+            << QStringList{u"."_s} << true;
+    }
+
+    // Each row in a mount namespace of its own, through the tabs of both pages: whatever goes
+    // from either page goes from both, and the trash takes it or the user is asked or told.
+    void removals()
+    {
+        QFETCH(QString, setup);
+        QFETCH(QString, action);
+        QFETCH(QString, answer);
+        QFETCH(QStringList, boxes);
+        QFETCH(QStringList, gone);
+        QFETCH(bool, trashed);
+        if (tinyFileSystem().isEmpty()) {
+            QCOMPARE(runWithTinyFileSystem(u"removals:"_s + QTest::currentDataTag()), 0);
+            return;
         }
-        QCOMPARE(treeSnapshot(home(QString())), expected);
-        QCOMPARE(QFileInfo(kept).permissions() & 0x7077, QFile::ReadOwner);
-        QVERIFY(!trashList().contains(home(QString())));
+        const QString folder = m_home.dataFolder();
+        const QString outside = home(u"outside/kept.txt"_s);
+        QVERIFY(putFile(outside, "kept") && QFile::setPermissions(outside, QFile::ReadOwner));
+        QVERIFY(QFile::link(home(u"outside"_s), data(u"linked folder"_s)));
+        QVERIFY(QFile::link(home(u"nothing"_s), data(u"dangling"_s)));
+        const QString trash = home(u".local/share/Trash"_s);
+        if (setup == u"records"_s) {
+            QVERIFY(QDir().mkpath(trash + u"/info"_s) && QDir().mkpath(trash + u"/files"_s));
+            QVERIFY(bindReadOnly(trash + u"/info"_s));
+        } else if (setup == u"mount"_s) {
+            QVERIFY(QDir().mkpath(data(u"temp/mounted here"_s)));
+            QVERIFY(bindFile(home(u"outside"_s), data(u"temp/mounted here"_s)));
+        } else if (setup == u"linked"_s) {
+            QVERIFY(QDir().rename(folder, home(u"elsewhere"_s)));
+            QVERIFY(QFile::link(home(u"elsewhere"_s), folder));
+        }
+        const auto unbind = qScopeGuard([&] {
+            for (const QString& mount : {trash + u"/info"_s, data(u"temp/mounted here"_s)})
+                ::umount(QFile::encodeName(mount).constData());
+        });
+        const auto outsideTrash = [&] {
+            auto tree = treeSnapshot(home(QString()));
+            tree.removeIf([&](const auto& entry) { return entry.key().startsWith(trash); });
+            return tree;
+        };
+        const auto before = outsideTrash();
+
+        SupportDataTable table(new SupportDataMap);
+        table->emplace(PermissionsDataKind, std::make_unique<SupportPermissionsData>());
+        table->emplace(CorvantaDataKind, std::make_unique<SupportCorvantaData>());
+        SupportTabs tabs(table, createSupportTab);
+        QSignalSpy loaded(&tabs, &SupportTabs::signalLoadFinished);
+        tabs.load();
+        QVERIFY(loaded.wait(20000));
+        const auto page = [&](int kind) {
+            for (int i = 0; i < tabs.count(); ++i) {
+                auto* tab = static_cast<SupportTab*>(tabs.widget(i));
+                if (tab->supportData()->type() == kind)
+                    return tab;
+            }
+            return static_cast<SupportTab*>(nullptr);
+        };
+
+        QStringList seen;
+        QTimer answerer;
+        connect(&answerer, &QTimer::timeout, [&] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (!box)
+                return;
+            seen << box->windowTitle() + '|' + box->text();
+            QAbstractButton* yes = box->button(QMessageBox::Yes);
+            (yes ? (answer == u"Yes"_s ? yes : box->button(QMessageBox::No))
+                 : box->buttons().first())
+                ->click();
+        });
+        answerer.start(20);
+        if (action.startsWith('#')) {
+            const QString link = QString(action).replace(u"DATA"_s, folder);
+            page(link.startsWith(u"#deletePath"_s) ? PermissionsDataKind : CorvantaDataKind)
+                ->onLinkActivated(link);
+        } else {
+            for (QPushButton* button : page(CorvantaDataKind)->findChildren<QPushButton*>()) {
+                if (button->text() == action)
+                    button->click();
+            }
+        }
+        QStringList expectedBoxes;
+        for (const QString& box : std::as_const(boxes))
+            expectedBoxes << QString(box).replace(u"DATA"_s, folder).replace(u"HOME"_s, home({}));
+        QCOMPARE(seen.size(), expectedBoxes.size());
+        for (qsizetype i = 0; i < seen.size(); ++i)
+            QVERIFY2(seen.at(i).startsWith(expectedBoxes.at(i)), qPrintable(seen.at(i)));
+
+        auto expected = before;
+        for (const QString& path : before.keys()) {
+            for (const QString& item : std::as_const(gone)) {
+                const QString removed = item == u"."_s ? folder : data(item);
+                if (path == removed || path.startsWith(removed + '/'))
+                    expected.remove(path);
+            }
+        }
+        QCOMPARE(outsideTrash(), expected);
+        QCOMPARE(QFileInfo(outside).permissions() & 0x7077, QFile::ReadOwner);
+        const QString listed = trashList();
+        QCOMPARE(listed.count(folder), trashed ? gone.size() : 0);
+        // Both pages show what is left.
+        const QString permissions =
+            htmlToPlainText(*page(PermissionsDataKind)->supportData()->text());
+        for (const QString& item : std::as_const(gone))
+            QVERIFY(!permissions.contains((item == u"."_s ? folder : data(item)) + u" OK"_s));
+        QCOMPARE(htmlToPlainText(*page(CorvantaDataKind)->supportData()->text())
+                     .contains(folder + u" - Does Not Exist"_s),
+                 gone.contains(u"."_s));
     }
 
     // The page's other buttons are pressed in the window by the end-to-end test.

@@ -57,6 +57,14 @@ bool bindFile(const QString& file, const QString& target)
            == 0;
 }
 
+bool bindReadOnly(const QString& folder)
+{
+    const QByteArray path = QFile::encodeName(folder);
+    return ::mount(path.constData(), path.constData(), nullptr, MS_BIND, nullptr) == 0
+           && ::mount(nullptr, path.constData(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr)
+                  == 0;
+}
+
 QString tinyFileSystem()
 {
     return qEnvironmentVariable("CORVANTA_TINY_FS");

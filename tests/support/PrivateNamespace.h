@@ -12,6 +12,9 @@ bool bringLoopbackUp();
 // Puts the file in the place of target, such as /etc/hosts, for this namespace only.
 bool bindFile(const QString& file, const QString& target);
 
+// Makes the folder read-only for this namespace only.
+bool bindReadOnly(const QString& folder);
+
 // Inside the run below: the folder of a file system of 8 KiB, mounted for this process only.
 // Empty elsewhere.
 QString tinyFileSystem();
