@@ -9,6 +9,7 @@
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QMap>
+#include <QSet>
 
 #include <algorithm>
 
@@ -25,7 +26,18 @@ struct SupportPermissionsData::Private
     QMap<QString, bool> paths; // path to writable, in path order
     qsizetype notWritable = 0;
 
-    void record(const QFileInfo& info) { paths.insert(info.filePath(), info.isWritable()); }
+    QSet<QString> danglingLinks;
+
+    void record(const QFileInfo& info)
+    {
+        // A link to nothing has no state of its own to tell, and can still be removed.
+        if (info.isSymLink() && !info.exists()) {
+            danglingLinks.insert(info.filePath());
+            paths.insert(info.filePath(), true);
+            return;
+        }
+        paths.insert(info.filePath(), info.isWritable());
+    }
 
     // The folder and its whole tree. Links are listed but not followed, so a link out of the
     // folder or a loop of links adds one entry and nothing more; unreadable folders are passed by.
@@ -82,6 +94,7 @@ void SupportPermissionsData::handleLink(const QString& link)
 void SupportPermissionsData::load()
 {
     d->paths.clear();
+    d->danglingLinks.clear();
     const QString product = SupportCorvantaData::productName();
     const QString preferencesFolder =
         QFileInfo(SupportCorvantaData::settingsFileName(product)).absolutePath();
@@ -105,7 +118,9 @@ void SupportPermissionsData::load()
         html += removeLink(deleteAction + it.key());
         html += QLatin1Char(' ');
         html += fileLink(it.key());
-        html += it.value() ? QLatin1String(" OK") : QLatin1String(" Not Writable");
+        html += !it.value()                           ? QLatin1String(" Not Writable")
+                : d->danglingLinks.contains(it.key()) ? QLatin1String(" Link")
+                                                      : QLatin1String(" OK");
         html += lineBreaks(1);
     }
 }
