@@ -90,12 +90,7 @@ private slots:
         // The temporary home can then be removed.
         const auto unbind =
             qScopeGuard([&] { ::umount(QFile::encodeName(home + '/' + readOnly).constData()); });
-        if (full) {
-            QFile filler(tiny + u"/filler"_s);
-            QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-            while (filler.write(QByteArray(512, 'x')) == 512) {
-            }
-        }
+        QVERIFY(!full || fillTinyFileSystem());
         MessageLog log;
         QString error;
         const bool trashed = moveToRecycleBin(item, &error);
@@ -107,12 +102,9 @@ private slots:
             QVERIFY2(error.startsWith("Could not put \"" + item + "\" into the trash: ")
                          && error.contains(reason),
                      qPrintable(error));
-            const QStringList tries = log.messages().filter(u"Recycle Bin"_s);
-            QCOMPARE(tries.size(), 10);
-            QCOMPARE(tries.filter("Failed to put into Recycle Bin: " + item + " (status=").size(),
-                     10);
+            const QString tried = "Failed to put into Recycle Bin: " + item + " (status=";
+            QCOMPARE(log.messages().filter(tried).size(), 10);
             QCOMPARE(QDir(trash + u"/info"_s).entryList(QDir::Files | QDir::Hidden), {});
-            QVERIFY(!trashList().contains(item));
         }
         QCOMPARE(fileBytes(item), QByteArray("item"));
     }

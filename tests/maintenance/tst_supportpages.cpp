@@ -117,17 +117,16 @@ private slots:
         QTest::addColumn<QString>("answer");    // to the question before a permanent delete
         QTest::addColumn<QStringList>("boxes"); // "title|start of the text" of each box shown
         QTest::addColumn<QStringList>("gone");  // relative to the data folder; "." the folder
-        QTest::addColumn<bool>("trashed");      // the gone items are in the trash
         const auto refused = [](const char* path) {
             return u"Could not put \"%1\" into the trash: Unable to create trashing info file"_s
                 .arg(QString::fromUtf8(path));
         };
         QTest::newRow("data link, trashed") << QString() << u"#deleteAppData"_s << QString()
-                                            << QStringList() << QStringList{u"."_s} << true;
+                                            << QStringList() << QStringList{u"."_s};
         QTest::newRow("temporary link, refused, kept")
             << u"records"_s << u"#deleteTempFiles"_s << u"No"_s
-            << QStringList{"Delete for Good?|" + refused("DATA/temp")} << QStringList() << false;
-        // Links in it lead out: they go, never what they lead to, nor their permissions.
+            << QStringList{"Delete for Good?|" + refused("DATA/temp")} << QStringList();
+        // Links in it lead out: they go, never what they lead to.
         QTest::newRow("data link, a mount inside, deleted for good")
             << u"mount"_s << u"#deleteAppData"_s << u"Yes"_s
             << QStringList{u"Delete for Good?|Could not put \"DATA\" into the trash: It holds "
@@ -135,24 +134,22 @@ private slots:
                            u"Not Removed|\"DATA\" holds another file system at \"DATA/temp/"
                            "mounted here\"; it was left as it is."_s}
             << QStringList{u"userUUID.txt"_s, u"temp/session.tmp"_s, u"linked folder"_s,
-                           u"dangling"_s}
-            << false;
+                           u"dangling"_s};
         QTest::newRow("permissions link, refused, kept")
             << u"records"_s << u"#deletePathDATA/userUUID.txt"_s << u"No"_s
-            << QStringList{"Delete for Good?|" + refused("DATA/userUUID.txt")} << QStringList()
-            << false;
+            << QStringList{"Delete for Good?|" + refused("DATA/userUUID.txt")} << QStringList();
         // A link to nothing is listed and goes itself.
         QTest::newRow("permissions link, dangling link")
             << QString() << u"#deletePathDATA/dangling"_s << QString() << QStringList()
-            << QStringList{u"dangling"_s} << true;
+            << QStringList{u"dangling"_s};
         QTest::newRow("button, refused")
             << u"records"_s << u"Remove All Application Data"_s << QString()
-            << QStringList{"Not Removed|" + refused("DATA")} << QStringList() << false;
+            << QStringList{"Not Removed|" + refused("DATA")} << QStringList();
         QTest::newRow("data link, linked data folder")
             << u"linked"_s << u"#deleteAppData"_s << QString()
             << QStringList{u"Link Removed|\"DATA\" was a link: only the link was removed. Its "
                            "data is still in \"HOME/elsewhere\"."_s}
-            << QStringList{u"."_s} << true;
+            << QStringList{u"."_s};
     }
 
     // Each row in a mount namespace of its own, through the tabs of both pages: whatever goes
@@ -164,14 +161,12 @@ private slots:
         QFETCH(QString, answer);
         QFETCH(QStringList, boxes);
         QFETCH(QStringList, gone);
-        QFETCH(bool, trashed);
         if (tinyFileSystem().isEmpty()) {
             QCOMPARE(runWithTinyFileSystem(u"removals:"_s + QTest::currentDataTag()), 0);
             return;
         }
         const QString folder = m_home.dataFolder();
-        const QString outside = home(u"outside/kept.txt"_s);
-        QVERIFY(putFile(outside, "kept") && QFile::setPermissions(outside, QFile::ReadOwner));
+        QVERIFY(putFile(home(u"outside/kept.txt"_s), "kept"));
         QVERIFY(QFile::link(home(u"outside"_s), data(u"linked folder"_s)));
         QVERIFY(QFile::link(home(u"nothing"_s), data(u"dangling"_s)));
         const QString trash = home(u".local/share/Trash"_s);
@@ -204,12 +199,10 @@ private slots:
         tabs.load();
         QVERIFY(loaded.wait(20000));
         const auto page = [&](int kind) {
-            for (int i = 0; i < tabs.count(); ++i) {
-                auto* tab = static_cast<SupportTab*>(tabs.widget(i));
-                if (tab->supportData()->type() == kind)
-                    return tab;
-            }
-            return static_cast<SupportTab*>(nullptr);
+            const QList<SupportTab*> pages = tabs.findChildren<SupportTab*>();
+            return *std::find_if(pages.cbegin(), pages.cend(), [&](SupportTab* tab) {
+                return tab->supportData()->type() == kind;
+            });
         };
 
         QStringList seen;
@@ -235,12 +228,11 @@ private slots:
                     button->click();
             }
         }
-        QStringList expectedBoxes;
-        for (const QString& box : std::as_const(boxes))
-            expectedBoxes << QString(box).replace(u"DATA"_s, folder).replace(u"HOME"_s, home({}));
-        QCOMPARE(seen.size(), expectedBoxes.size());
+        QCOMPARE(seen.size(), boxes.size());
         for (qsizetype i = 0; i < seen.size(); ++i)
-            QVERIFY2(seen.at(i).startsWith(expectedBoxes.at(i)), qPrintable(seen.at(i)));
+            QVERIFY2(seen.at(i).startsWith(
+                         boxes[i].replace(u"DATA"_s, folder).replace(u"HOME"_s, home({}))),
+                     qPrintable(seen.at(i)));
 
         auto expected = before;
         for (const QString& path : before.keys()) {
@@ -251,9 +243,7 @@ private slots:
             }
         }
         QCOMPARE(outsideTrash(), expected);
-        QCOMPARE(QFileInfo(outside).permissions() & 0x7077, QFile::ReadOwner);
-        const QString listed = trashList();
-        QCOMPARE(listed.count(folder), trashed ? gone.size() : 0);
+        QCOMPARE(trashList().count(folder), answer == u"Yes"_s ? 0 : gone.size());
         // Both pages show what is left.
         const QString permissions =
             htmlToPlainText(*page(PermissionsDataKind)->supportData()->text());
@@ -330,10 +320,7 @@ private slots:
             // The associations file is written with the same care.
             qputenv("XDG_CONFIG_HOME", tiny.toUtf8());
             QVERIFY(putFile(tiny + u"/mimeapps.list"_s, ProductHome::mimeapps));
-            QFile filler(tiny + u"/filler"_s);
-            QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-            while (filler.write(QByteArray(512, 'x')) == 512) {
-            }
+            QVERIFY(fillTinyFileSystem());
         } else {
             RUN_AS_NOBODY_WHEN_ROOT();
             QVERIFY(QFile::setPermissions(how == u"file"_s ? file : folder,

@@ -70,6 +70,16 @@ QString tinyFileSystem()
     return qEnvironmentVariable("CORVANTA_TINY_FS");
 }
 
+bool fillTinyFileSystem()
+{
+    QFile filler(tinyFileSystem() + QStringLiteral("/filler"));
+    if (!filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+        return false;
+    while (filler.write(QByteArray(512, 'x')) == 512) {
+    }
+    return true;
+}
+
 int runWithTinyFileSystem(const QString& testFunction)
 {
     return QProcess::execute(QStringLiteral("unshare"),

@@ -18,6 +18,8 @@ bool bindReadOnly(const QString& folder);
 // Inside the run below: the folder of a file system of 8 KiB, mounted for this process only.
 // Empty elsewhere.
 QString tinyFileSystem();
+// Writes a file there until the file system is full.
+bool fillTinyFileSystem();
 // Runs one test function of this executable (with ":row" when it has rows) again in a private
 // mount namespace where tinyFileSystem() is set; returns that run's exit status.
 int runWithTinyFileSystem(const QString& testFunction);
