@@ -288,30 +288,24 @@ QStringList moveAllToRecycleBin(const QStringList& paths, QString* errorText)
 namespace {
 
 // Removes what is below the folder, then the folder; mount points and the folders that lead to
-// them stay and are added to kept.
+// them stay and are added to kept. Names are taken as the system gives them, so that a name that
+// is not UTF-8 goes like any other.
 void removeTree(const QString& folder, const QStringList& mounts, QStringList& kept)
 {
     if (mounts.contains(folder)) {
         kept.append(folder);
         return;
     }
-    const QFileInfoList entries = QDir(folder).entryInfoList(QDir::AllEntries | QDir::Hidden
-                                                             | QDir::System | QDir::NoDotAndDotDot);
-    for (const QFileInfo& entry : entries) {
-        const QString path = entry.filePath();
-        if (entry.isDir() && !isLink(entry)) {
+    for (const FileDirPlatform::DirectoryEntry& entry : FileDirPlatform::folderEntries(folder)) {
+        const QString path = folder + QLatin1Char('/') + entry.name;
+        if (entry.isFolder)
             removeTree(path, mounts, kept);
-        } else if (!QFile::remove(path) && !QDir().rmdir(path)) {
-            // A read-only file could not be removed on Windows; a link's target is never touched.
-            if (isLink(entry)
-                || !QFile::setPermissions(path, entry.permissions() | QFile::WriteOwner)
-                || !QFile::remove(path))
-                kept.append(path);
-        }
+        else if (!FileDirPlatform::removeEntry(path, false))
+            kept.append(path);
     }
     const bool leadsToKept = std::any_of(
         kept.cbegin(), kept.cend(), [&](const QString& path) { return isBelow(path, folder); });
-    if (!leadsToKept && !QDir().rmdir(folder))
+    if (!leadsToKept && !FileDirPlatform::removeEntry(folder, true))
         kept.append(folder);
 }
 
@@ -324,7 +318,7 @@ bool removePermanently(const QString& path, QString* errorText)
         return true;
     QStringList kept;
     if (!info.isDir() || isLink(info)) {
-        if (!QFile::remove(path) && !QDir().rmdir(path))
+        if (!FileDirPlatform::removeEntry(path, false))
             kept.append(path);
     } else {
         const QStringList mounts = mountsAt(path);
@@ -346,32 +340,6 @@ bool removePermanently(const QString& path, QString* errorText)
         *errorText = QCoreApplication::translate("FileDirTools", "Could not delete \"%1\".")
                          .arg(kept.first());
     return false;
-}
-
-QStringList mountPointsFromMountInfo(const QByteArray& text)
-{
-    // The fifth field, with blanks, tabs, line ends and backslashes written as octal escapes.
-    QStringList points;
-    for (const QByteArray& line : text.split('\n')) {
-        const QList<QByteArray> fields = line.split(' ');
-        if (fields.size() < 5 || fields.at(4).isEmpty())
-            continue;
-        const QByteArray& field = fields.at(4);
-        QByteArray point;
-        const auto isOctal = [&](qsizetype at) {
-            return at < field.size() && field.at(at) >= '0' && field.at(at) <= '7';
-        };
-        for (qsizetype i = 0; i < field.size(); ++i) {
-            if (field.at(i) == '\\' && isOctal(i + 1) && isOctal(i + 2) && isOctal(i + 3)) {
-                point.append(char(field.mid(i + 1, 3).toInt(nullptr, 8)));
-                i += 3;
-            } else {
-                point.append(field.at(i));
-            }
-        }
-        points.append(QFile::decodeName(point));
-    }
-    return points;
 }
 
 bool copyFile(const QString& source, const QString& destination, bool keepTimes, QString* errorText)

@@ -35,8 +35,6 @@ QStringList moveAllToRecycleBin(const QStringList& paths, QString* errorText = n
 // nothing crosses into another file system: a mount point inside is left with the folders that
 // lead to it. errorText names what was left. True when nothing is left.
 bool removePermanently(const QString& path, QString* errorText = nullptr);
-// The mount points in the text of /proc/self/mountinfo, in its order.
-QStringList mountPointsFromMountInfo(const QByteArray& text);
 
 // Shows the path selected in the desktop's file manager. An empty path does nothing.
 void revealInExplorer(const QString& path);

@@ -1,5 +1,6 @@
 #include "FileDirTools.h"
 #include "FileDirTools_p.h"
+#include "FileNames.h"
 
 // GLib names a member "signals", which Qt defines as a keyword.
 #pragma push_macro("signals")
@@ -40,7 +41,7 @@ void openContainingFolder(const QString& path)
 
 QByteArray encoded(const QString& path)
 {
-    return QFile::encodeName(path);
+    return encodeFileName(path);
 }
 
 // The trashes GIO may choose for the item: the user's, or one at the top of the item's file system.
@@ -90,10 +91,13 @@ QSet<QByteArray> trashRecords(const QByteArrayList& trashes)
 // What trash-list and trash-restore need: the group, the original path and the date.
 bool isWholeRecord(const QByteArray& record)
 {
-    QFile file(QFile::decodeName(record));
-    if (!file.open(QIODevice::ReadOnly))
+    const int fd = ::open(record.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (fd < 0)
         return false;
-    const QByteArray text = file.read(1 << 16);
+    QByteArray text(1 << 16, Qt::Uninitialized);
+    const ssize_t count = ::read(fd, text.data(), size_t(text.size()));
+    ::close(fd);
+    text.truncate(count < 0 ? 0 : qsizetype(count));
     return text.startsWith("[Trash Info]\n") && text.contains("\nPath=/")
            && text.contains("\nDeletionDate=") && text.endsWith('\n');
 }
@@ -118,7 +122,7 @@ bool keepRestorable(const QByteArray& path, const QSet<QByteArray>& before,
                          "FileDirTools",
                          "The trash could not record where it came from, and it could not be "
                          "moved back. It is in \"%1\".")
-                         .arg(QFile::decodeName(trashed));
+                         .arg(decodeFileName(trashed));
             return false;
         }
         ::unlink(record.constData());
@@ -212,6 +216,33 @@ bool moveToRecycleBin(const QString& path, int& status, QString& reason)
         return true;
     status = G_IO_ERROR_NO_SPACE;
     return false;
+}
+
+QList<DirectoryEntry> folderEntries(const QString& folder)
+{
+    QList<DirectoryEntry> entries;
+    const QByteArray path = encoded(folder);
+    DIR* dir = ::opendir(path.constData());
+    if (!dir)
+        return entries;
+    while (const dirent* entry = ::readdir(dir)) {
+        const QByteArray name(entry->d_name);
+        if (name == "." || name == "..")
+            continue;
+        bool isFolder = entry->d_type == DT_DIR;
+        struct stat status;
+        if (entry->d_type == DT_UNKNOWN && ::lstat((path + '/' + name).constData(), &status) == 0)
+            isFolder = S_ISDIR(status.st_mode);
+        entries.append({decodeFileName(name), isFolder});
+    }
+    ::closedir(dir);
+    return entries;
+}
+
+bool removeEntry(const QString& path, bool isFolder)
+{
+    const QByteArray bytes = encoded(path);
+    return (isFolder ? ::rmdir(bytes.constData()) : ::unlink(bytes.constData())) == 0;
 }
 
 QStringList mountPoints()

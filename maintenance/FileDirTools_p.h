@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 #include <QtGlobal>
 
@@ -17,6 +18,16 @@ bool recycleBinHasPathLimit();
 // One attempt. When it fails, status is the system's result code and reason its text, if any.
 // An item whose record the trash could not write is moved back first.
 bool moveToRecycleBin(const QString& path, int& status, QString& reason);
+struct DirectoryEntry
+{
+    QString name;
+    bool isFolder = false; // a folder itself, not a link to one
+};
+// Every entry of the folder but "." and "..", links not followed; names as decodeFileName gives.
+QList<DirectoryEntry> folderEntries(const QString& folder);
+// Removes one file, link or empty folder.
+bool removeEntry(const QString& path, bool isFolder);
+
 // Every mount point of the system, so that no deletion crosses into another file system.
 QStringList mountPoints();
 

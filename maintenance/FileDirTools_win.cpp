@@ -4,6 +4,8 @@
 #include "win32/fileops.h"
 
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 
 #include <io.h>
@@ -38,6 +40,31 @@ bool moveToRecycleBin(const QString& path, int& status, QString&)
 {
     status = win32::moveToRecycleBin(native(path));
     return status == 0;
+}
+
+QList<DirectoryEntry> folderEntries(const QString& folder)
+{
+    QList<DirectoryEntry> entries;
+    const QFileInfoList infos = QDir(folder).entryInfoList(QDir::AllEntries | QDir::Hidden
+                                                           | QDir::System | QDir::NoDotAndDotDot);
+    for (const QFileInfo& info : infos) {
+        const bool isLink = info.isSymbolicLink() || info.isJunction();
+        entries.append({info.fileName(), info.isDir() && !isLink});
+    }
+    return entries;
+}
+
+// A read-only file cannot be removed until it is made writable; a link's target is never touched.
+bool removeEntry(const QString& path, bool isFolder)
+{
+    if (isFolder)
+        return QDir().rmdir(path);
+    if (QFile::remove(path) || QDir().rmdir(path))
+        return true;
+    const QFileInfo info(path);
+    return !info.isSymbolicLink() && !info.isJunction()
+           && QFile::setPermissions(path, info.permissions() | QFile::WriteOwner)
+           && QFile::remove(path);
 }
 
 // Folders mounted inside others are junctions, which every deletion leaves as links.

@@ -1,4 +1,5 @@
 #include "FileDirTools.h"
+#include "FileNames.h"
 #include "MessageLog.h"
 #include "PrivateNamespace.h"
 #include "ProductHome.h"
@@ -27,6 +28,7 @@
 #include <QTextBrowser>
 #include <QTimer>
 
+#include <fcntl.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -169,6 +171,9 @@ private slots:
         QVERIFY(putFile(home(u"outside/kept.txt"_s), "kept"));
         QVERIFY(QFile::link(home(u"outside"_s), data(u"linked folder"_s)));
         QVERIFY(QFile::link(home(u"nothing"_s), data(u"dangling"_s)));
+        // Qt passes such a name by; the permanent delete must not.
+        const QByteArray notUtf8 = encodeFileName(data(u"temp/not "_s)) + "\xff UTF-8";
+        QVERIFY(::close(::creat(notUtf8.constData(), 0600)) == 0);
         const QString trash = home(u".local/share/Trash"_s);
         if (setup == u"records"_s) {
             QVERIFY(QDir().mkpath(trash + u"/info"_s) && QDir().mkpath(trash + u"/files"_s));
@@ -243,6 +248,8 @@ private slots:
             }
         }
         QCOMPARE(outsideTrash(), expected);
+        QCOMPARE(::access(notUtf8.constData(), F_OK) != 0,
+                 gone.contains(u"."_s) || answer == u"Yes"_s);
         QCOMPARE(trashList().count(folder), answer == u"Yes"_s ? 0 : gone.size());
         // Both pages show what is left.
         const QString permissions =
