@@ -191,17 +191,18 @@ QString permissionsText(const QString& path, bool compact)
                  .arg(flag(QFile::ReadOther), flag(QFile::WriteOther), flag(QFile::ExeOther));
 }
 
+bool entryExists(const QString& path)
+{
+    return !path.isEmpty()
+           && FileDirPlatform::entryKind(path) != FileDirPlatform::EntryKind::Missing;
+}
+
 bool exceedsRecycleBinPathLimit(const QString& nativePath)
 {
     return nativePath.length() + 2 > recycleBinMaxPath;
 }
 
 namespace {
-
-bool isLink(const QFileInfo& info)
-{
-    return info.isSymbolicLink() || info.isJunction();
-}
 
 bool isBelow(const QString& path, const QString& folder)
 {
@@ -238,8 +239,7 @@ bool moveToRecycleBin(const QString& path, QString* errorText)
         return false;
     }
     // Moving a folder moves what is mounted inside it, which emptying the trash would then erase.
-    const QFileInfo info(path);
-    if (info.isDir() && !isLink(info)) {
+    if (FileDirPlatform::entryKind(path) == FileDirPlatform::EntryKind::Folder) {
         if (const QStringList mounts = mountsAt(path); !mounts.isEmpty()) {
             qDebug().noquote() << QStringLiteral("Not put into Recycle Bin: %1 holds the mount %2")
                                       .arg(native, mounts.first());
@@ -313,16 +313,16 @@ void removeTree(const QString& folder, const QStringList& mounts, QStringList& k
 
 bool removePermanently(const QString& path, QString* errorText)
 {
-    const QFileInfo info(path);
-    if (path.isEmpty() || !(info.exists() || isLink(info)))
+    const FileDirPlatform::EntryKind kind = FileDirPlatform::entryKind(path);
+    if (path.isEmpty() || kind == FileDirPlatform::EntryKind::Missing)
         return true;
     QStringList kept;
-    if (!info.isDir() || isLink(info)) {
+    if (kind != FileDirPlatform::EntryKind::Folder) {
         if (!FileDirPlatform::removeEntry(path, false))
             kept.append(path);
     } else {
         const QStringList mounts = mountsAt(path);
-        removeTree(QDir::cleanPath(info.absoluteFilePath()), mounts, kept);
+        removeTree(QDir::cleanPath(QFileInfo(path).absoluteFilePath()), mounts, kept);
         for (const QString& mount : std::as_const(mounts)) {
             if (kept.contains(mount))
                 setError(errorText,

@@ -23,6 +23,9 @@ bool makePath(const QString& path);
 // Compact: "drwxr-x---" style; long: "ReadOwner=1 WriteOwner=1 ..." with the user bits as well.
 QString permissionsText(const QString& path, bool compact);
 
+// Whether anything is at the path, a link to nothing included, whatever bytes its name is.
+bool entryExists(const QString& path);
+
 // The Recycle Bin takes native paths of at most 258 characters (MAX_PATH less the list's two
 // terminating zeros).
 bool exceedsRecycleBinPathLimit(const QString& nativePath);

@@ -218,6 +218,16 @@ bool moveToRecycleBin(const QString& path, int& status, QString& reason)
     return false;
 }
 
+EntryKind entryKind(const QString& path)
+{
+    struct stat status;
+    if (::lstat(encoded(path).constData(), &status) != 0)
+        return EntryKind::Missing;
+    return S_ISLNK(status.st_mode)   ? EntryKind::Link
+           : S_ISDIR(status.st_mode) ? EntryKind::Folder
+                                     : EntryKind::File;
+}
+
 QList<DirectoryEntry> folderEntries(const QString& folder)
 {
     QList<DirectoryEntry> entries;

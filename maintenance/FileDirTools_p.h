@@ -18,6 +18,15 @@ bool recycleBinHasPathLimit();
 // One attempt. When it fails, status is the system's result code and reason its text, if any.
 // An item whose record the trash could not write is moved back first.
 bool moveToRecycleBin(const QString& path, int& status, QString& reason);
+enum class EntryKind {
+    Missing,
+    File,
+    Folder, // a folder itself, not a link to one
+    Link,
+};
+// What is at the path itself, links not followed.
+EntryKind entryKind(const QString& path);
+
 struct DirectoryEntry
 {
     QString name;

@@ -42,6 +42,16 @@ bool moveToRecycleBin(const QString& path, int& status, QString&)
     return status == 0;
 }
 
+EntryKind entryKind(const QString& path)
+{
+    const QFileInfo info(path);
+    if (info.isSymbolicLink() || info.isJunction())
+        return EntryKind::Link;
+    if (!info.exists())
+        return EntryKind::Missing;
+    return info.isDir() ? EntryKind::Folder : EntryKind::File;
+}
+
 QList<DirectoryEntry> folderEntries(const QString& folder)
 {
     QList<DirectoryEntry> entries;

@@ -26,12 +26,6 @@ QString linkNote(const QString& path)
         .arg(path, info.symLinkTarget());
 }
 
-bool isThere(const QString& path)
-{
-    const QFileInfo info(path);
-    return info.exists() || info.isSymLink();
-}
-
 } // namespace
 
 bool trashForUser(const QStringList& paths)
@@ -39,7 +33,7 @@ bool trashForUser(const QStringList& paths)
     QStringList existing;
     QStringList notes;
     for (const QString& path : paths) {
-        if (!isThere(path))
+        if (!entryExists(path))
             continue;
         existing.append(path);
         notes.append(linkNote(path));
@@ -61,7 +55,7 @@ bool trashForUser(const QStringList& paths)
 
 void trashOrDeleteForUser(const QString& path)
 {
-    if (!isThere(path))
+    if (!entryExists(path))
         return;
     const QString note = linkNote(path);
     QString refusal;

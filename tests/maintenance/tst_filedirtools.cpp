@@ -92,9 +92,11 @@ private slots:
             QVERIFY(QDir().mkpath(trash + u"/info"_s) && QDir().mkpath(trash + u"/files"_s));
             QVERIFY(bindReadOnly(home + '/' + readOnly));
         }
-        // The temporary home can then be removed.
-        const auto unbind =
-            qScopeGuard([&] { ::umount(QFile::encodeName(home + '/' + readOnly).constData()); });
+        // The temporary home can then be removed, names that are not UTF-8 included.
+        const auto cleanUp = qScopeGuard([&] {
+            ::umount(QFile::encodeName(home + '/' + readOnly).constData());
+            removePermanently(m_environment.home());
+        });
         QVERIFY(!full || fillTinyFileSystem());
         MessageLog log;
         QString error;
