@@ -43,8 +43,14 @@ void SupportRepairPreferencesTask::run()
     const QString path = d->path;
     QString* text = &d->report;
     d->worker.reset(QThread::create([path, text] {
-        if (!QFileInfo(path).isFile()) {
+        const QFileInfo file(path);
+        if (!file.exists()) {
             *text = tr("There are no preferences to repair: \"%1\" does not exist.").arg(path);
+            return;
+        }
+        // Reading a FIFO or a device could wait for ever.
+        if (!file.isFile()) {
+            *text = tr("\"%1\" is not a file, so it was left alone.").arg(path);
             return;
         }
         int emptied = 0;

@@ -468,6 +468,10 @@ Berechtigungen:
         <source>Stored dates and times emptied in &quot;%1&quot;: %2.</source>
         <translation>Geleerte gespeicherte Datums- und Zeitwerte in &quot;%1&quot;: %2.</translation>
     </message>
+    <message>
+        <source>&quot;%1&quot; is not a file, so it was left alone.</source>
+        <translation>&quot;%1&quot; ist keine Datei und wurde daher nicht angetastet.</translation>
+    </message>
 </context>
 <context>
     <name>SupportSystemTab</name>

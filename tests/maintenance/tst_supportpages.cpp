@@ -12,7 +12,9 @@
 #include "SupportPermissionsData.h"
 #include "SupportPermissionsTab.h"
 #include "SupportRegistry.h"
+#include "SupportRepairPreferencesTask.h"
 #include "SupportTabs.h"
+#include "SupportTaskManager.h"
 
 #include <QApplication>
 #include <QDir>
@@ -299,6 +301,26 @@ private slots:
                                         &emptied),
                  u"a=@DateTime()\nb=1\nc=@DateTime()\ne=@datetime(1)\nf=@DateTime(2\ng=3"_s);
         QCOMPARE(emptied, 2);
+    }
+
+    // The repair runs behind the task dialog and says what it did; a FIFO is not opened.
+    void repairTask()
+    {
+        const QString file = m_home.preferences(), fifo = home(u"fifo.ini"_s);
+        QCOMPARE(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+        QStringList reports;
+        for (const QString& path : {file, file, fifo}) {
+            SupportTaskManager manager;
+            QSignalSpy finished(&manager, &SupportTaskManager::signalFinished);
+            manager.addTask(new SupportRepairPreferencesTask(path));
+            manager.start();
+            QVERIFY(finished.wait(10000));
+            reports << manager.report();
+        }
+        QCOMPARE(reports, (QStringList{"Stored dates and times emptied in \"" + file + "\": 1.",
+                                       "Nothing in \"" + file + "\" needed repair.",
+                                       '"' + fifo + "\" is not a file, so it was left alone."}));
+        QCOMPARE(fileBytes(file), ProductHome::repairedPreferences);
     }
 
     void repairSettingsFile_data()
