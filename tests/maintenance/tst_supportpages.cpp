@@ -247,6 +247,12 @@ private slots:
             htmlToPlainText(*page(PermissionsDataKind)->supportData()->text());
         for (const QString& item : std::as_const(gone))
             QVERIFY(!permissions.contains((item == u"."_s ? folder : data(item)) + u" OK"_s));
+        // Pages with errors come first and carry the icon.
+        for (int i = 0; i < tabs.count(); ++i)
+            QCOMPARE(tabs.tabIcon(i).isNull(),
+                     static_cast<SupportTab*>(tabs.widget(i))->supportData()->errors().isEmpty());
+        QCOMPARE(tabs.tabText(0) == u"Corvanta"_s,
+                 !page(CorvantaDataKind)->supportData()->errors().isEmpty());
         QCOMPARE(htmlToPlainText(*page(CorvantaDataKind)->supportData()->text())
                      .contains(folder + u" - Does Not Exist"_s),
                  gone.contains(u"."_s));
