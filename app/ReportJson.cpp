@@ -82,9 +82,9 @@ bool readSection(const QJsonValue& value, ReportDocument::Section* section)
         ReportField field;
         if (!readField(fieldValue, &field))
             return false;
-        // A path's state is one of two.
+        // A path's state is one of three.
         if (section->kind == PermissionsDataKind && field.value != QLatin1String("OK")
-            && field.value != QLatin1String("Not Writable"))
+            && field.value != QLatin1String("Not Writable") && field.value != QLatin1String("Link"))
             return false;
         section->fields << field;
     }

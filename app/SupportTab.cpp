@@ -10,6 +10,7 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QMainWindow>
+#include <QMetaMethod>
 #include <QScrollArea>
 #include <QStatusBar>
 #include <QStyle>
@@ -43,10 +44,21 @@ void SupportTab::onLinkActivated(const QString& link)
     if (target.startsWith(QLatin1Char('#'))) {
         if (d->data)
             d->data->handleLink(target.mid(1));
-        updateContent();
+        repaired();
         return;
     }
     revealInExplorer(target);
+}
+
+void SupportTab::repaired()
+{
+    if (isSignalConnected(QMetaMethod::fromSignal(&SupportTab::signalRepaired))) {
+        emit signalRepaired();
+        return;
+    }
+    if (d->data)
+        d->data->load();
+    updateContent();
 }
 
 QLabel* SupportTab::createLabel()

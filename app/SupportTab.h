@@ -24,10 +24,17 @@ public:
     virtual void updateContent();
     virtual void linkHandled(const QString& link);
 
+signals:
+    // An action of this page may have changed the product's files, settings, associations or
+    // environment: every collector whose facts it may change must load again.
+    void signalRepaired();
+
 public slots:
     void onLinkActivated(const QString& link);
 
 protected:
+    // Tells the tabs after an action; a page on its own loads its collector again itself.
+    void repaired();
     QLabel* createLabel();
     // The usual page: the collector's text in a scroll area with the given controls below it.
     // Returns the text label.

@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QPainter>
 #include <QPolygonF>
+#include <QTabBar>
 
 #include <map>
 
@@ -50,6 +51,13 @@ QString pageTitle(const SupportTab* page)
             return QCoreApplication::translate("SupportTabs", title);
     }
     return name;
+}
+
+// The collectors of the product's files, preferences and associations, which repairs change.
+const QList<int>& repairedKinds()
+{
+    static const QList<int> kinds{PermissionsDataKind, CorvantaDataKind};
+    return kinds;
 }
 
 const QList<int>& allKinds()
@@ -108,22 +116,46 @@ void SupportTabs::slotLoaderFinished()
     if (d->pages.empty()) {
         for (const int kind : allKinds()) {
             SupportData* collector = findSupportData(*d->table, kind);
-            if (SupportTab* page = collector ? d->createTab(collector) : nullptr)
+            if (SupportTab* page = collector ? d->createTab(collector) : nullptr) {
                 d->pages.emplace(kind, page);
+                connect(page, &SupportTab::signalRepaired, this, &SupportTabs::slotRepaired);
+            }
         }
     }
+    for (const auto& [kind, page] : d->pages)
+        page->updateContent();
+    arrangePages();
+    emit signalLoadFinished();
+}
 
+void SupportTabs::slotRepaired()
+{
+    auto* acting = qobject_cast<SupportTab*>(sender());
+    for (const auto& [kind, page] : d->pages) {
+        if (repairedKinds().contains(kind) || page == acting) {
+            page->supportData()->load();
+            page->updateContent();
+        }
+    }
+    arrangePages();
+}
+
+// Pages with errors first, each with the warning icon. Pages are moved, not taken out and put
+// back, so the page in view and the keyboard focus stay where they are.
+void SupportTabs::arrangePages()
+{
     QList<SupportTab*> withErrors;
     QList<SupportTab*> withoutErrors;
-    for (const auto& [kind, page] : d->pages) {
-        page->updateContent();
+    for (const auto& [kind, page] : d->pages)
         (page->supportData()->errors().isEmpty() ? withoutErrors : withErrors).append(page);
+    const QList<SupportTab*> order = withErrors + withoutErrors;
+    for (int position = 0; position < order.size(); ++position) {
+        SupportTab* page = order.at(position);
+        const int at = indexOf(page);
+        if (at < 0)
+            insertTab(position, page, pageTitle(page));
+        else if (at != position)
+            tabBar()->moveTab(at, position);
+        setTabIcon(position, position < withErrors.size() ? attentionIcon() : QIcon());
     }
-
-    clear();
-    for (SupportTab* page : std::as_const(withErrors))
-        addTab(page, attentionIcon(), pageTitle(page));
-    for (SupportTab* page : std::as_const(withoutErrors))
-        addTab(page, pageTitle(page));
-    emit signalLoadFinished();
 }

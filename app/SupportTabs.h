@@ -31,8 +31,14 @@ signals:
 
 public slots:
     void slotLoaderFinished();
+    // After a repair: the collectors of the product's files and of the page that acted load
+    // again, and the pages are shown and ordered anew, so that the window and a report copied
+    // then describe the same machine.
+    void slotRepaired();
 
 private:
+    void arrangePages();
+
     struct Private;
     std::unique_ptr<Private> d;
 };

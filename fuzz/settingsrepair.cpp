@@ -16,12 +16,32 @@ bool isSubsequence(const QString& shorter, const QString& longer)
     return at == shorter.size();
 }
 
+// Each body removed in place, as the repair was first written.
+QString repairedInPlace(const QString& text)
+{
+    const QString lead = QStringLiteral("=@DateTime(");
+    QString result = text;
+    qsizetype position = result.indexOf(lead);
+    while (position > 0) {
+        const qsizetype bodyStart = position + lead.size();
+        const qsizetype close = result.indexOf(QLatin1Char(')'), bodyStart);
+        if (close < 0)
+            break;
+        result.remove(bodyStart, close - bodyStart);
+        position = result.indexOf(lead, position + 1);
+    }
+    return result;
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     const QString text = QString::fromUtf8(reinterpret_cast<const char*>(data), qsizetype(size));
-    const QString repaired = repairedSettingsText(text);
+    int emptied = 0;
+    const QString repaired = repairedSettingsText(text, &emptied);
+    require(repaired == repairedInPlace(text), "one pass empties what removing in place does");
+    require((emptied == 0) == (repaired == text), "the count says whether anything changed");
     require(isSubsequence(repaired, text), "only deletes");
     const QString lead = QStringLiteral("=@DateTime(");
     // A lead inside an unclosed value's body goes with that body.

@@ -10,6 +10,8 @@
 #include <QTextStream>
 #include <QThread>
 
+#include <algorithm>
+
 #include <cerrno>
 #include <cstring>
 
@@ -189,38 +191,155 @@ QString permissionsText(const QString& path, bool compact)
                  .arg(flag(QFile::ReadOther), flag(QFile::WriteOther), flag(QFile::ExeOther));
 }
 
+bool entryExists(const QString& path)
+{
+    return !path.isEmpty()
+           && FileDirPlatform::entryKind(path) != FileDirPlatform::EntryKind::Missing;
+}
+
 bool exceedsRecycleBinPathLimit(const QString& nativePath)
 {
     return nativePath.length() + 2 > recycleBinMaxPath;
 }
 
-bool moveToRecycleBin(const QString& path)
+namespace {
+
+bool isBelow(const QString& path, const QString& folder)
+{
+    return path.startsWith(folder + QLatin1Char('/'));
+}
+
+// The mount points at the path or below it.
+QStringList mountsAt(const QString& path)
+{
+    const QString folder = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+    QStringList mounts;
+    for (const QString& mount : FileDirPlatform::mountPoints()) {
+        if (mount == folder || isBelow(mount, folder))
+            mounts.append(mount);
+    }
+    return mounts;
+}
+
+} // namespace
+
+bool moveToRecycleBin(const QString& path, QString* errorText)
 {
     const QString native = QDir::toNativeSeparators(path);
     if (FileDirPlatform::recycleBinHasPathLimit() && exceedsRecycleBinPathLimit(native)) {
+        const QString limit = QString::number(recycleBinMaxPath - 2);
         qDebug().noquote() << QStringLiteral("Max path %1 exceeded to put into Recycle Bin: %2")
-                                  .arg(QString::number(recycleBinMaxPath - 2), native);
+                                  .arg(limit, native);
+        setError(
+            errorText,
+            QCoreApplication::translate("FileDirTools", "Could not put \"%1\" into the trash: %2")
+                .arg(path, QCoreApplication::translate("FileDirTools",
+                                                       "The path is longer than %1 characters.")
+                               .arg(limit)));
         return false;
     }
+    // Moving a folder moves what is mounted inside it, which emptying the trash would then erase.
+    if (FileDirPlatform::entryKind(path) == FileDirPlatform::EntryKind::Folder) {
+        if (const QStringList mounts = mountsAt(path); !mounts.isEmpty()) {
+            qDebug().noquote() << QStringLiteral("Not put into Recycle Bin: %1 holds the mount %2")
+                                      .arg(native, mounts.first());
+            setError(errorText,
+                     QCoreApplication::translate("FileDirTools",
+                                                 "Could not put \"%1\" into the trash: %2")
+                         .arg(path, QCoreApplication::translate(
+                                        "FileDirTools", "It holds another file system at \"%1\".")
+                                        .arg(mounts.first())));
+            return false;
+        }
+    }
+    QString reason;
     for (int attempt = 0; attempt < recycleBinTries; ++attempt) {
         int status = 0;
-        if (FileDirPlatform::moveToRecycleBin(native, status))
+        if (FileDirPlatform::moveToRecycleBin(native, status, reason))
             return true;
         qDebug().noquote() << QStringLiteral("Failed to put into Recycle Bin: %1 (status=%2)")
                                   .arg(native, QString::number(status));
+        if (reason.isEmpty())
+            reason =
+                QCoreApplication::translate("FileDirTools", "The system answered %1.").arg(status);
         QThread::msleep(retryDelayMs);
     }
+    setError(errorText,
+             QCoreApplication::translate("FileDirTools", "Could not put \"%1\" into the trash: %2")
+                 .arg(path, reason));
     return false;
 }
 
-QStringList moveAllToRecycleBin(const QStringList& paths)
+QStringList moveAllToRecycleBin(const QStringList& paths, QString* errorText)
 {
     QStringList failed;
+    QStringList reasons;
     for (const QString& path : paths) {
-        if (!moveToRecycleBin(path))
+        QString reason;
+        if (!moveToRecycleBin(path, &reason)) {
             failed.append(path);
+            reasons.append(reason);
+        }
     }
+    setError(errorText, reasons.join(QLatin1Char('\n')));
     return failed;
+}
+
+namespace {
+
+// Removes what is below the folder, then the folder; mount points and the folders that lead to
+// them stay and are added to kept. Names are taken as the system gives them, so that a name that
+// is not UTF-8 goes like any other.
+void removeTree(const QString& folder, const QStringList& mounts, QStringList& kept)
+{
+    if (mounts.contains(folder)) {
+        kept.append(folder);
+        return;
+    }
+    for (const FileDirPlatform::DirectoryEntry& entry : FileDirPlatform::folderEntries(folder)) {
+        const QString path = folder + QLatin1Char('/') + entry.name;
+        if (entry.isFolder)
+            removeTree(path, mounts, kept);
+        else if (!FileDirPlatform::removeEntry(path, false))
+            kept.append(path);
+    }
+    const bool leadsToKept = std::any_of(
+        kept.cbegin(), kept.cend(), [&](const QString& path) { return isBelow(path, folder); });
+    if (!leadsToKept && !FileDirPlatform::removeEntry(folder, true))
+        kept.append(folder);
+}
+
+} // namespace
+
+bool removePermanently(const QString& path, QString* errorText)
+{
+    const FileDirPlatform::EntryKind kind = FileDirPlatform::entryKind(path);
+    if (path.isEmpty() || kind == FileDirPlatform::EntryKind::Missing)
+        return true;
+    QStringList kept;
+    if (kind != FileDirPlatform::EntryKind::Folder) {
+        if (!FileDirPlatform::removeEntry(path, false))
+            kept.append(path);
+    } else {
+        const QStringList mounts = mountsAt(path);
+        removeTree(QDir::cleanPath(QFileInfo(path).absoluteFilePath()), mounts, kept);
+        for (const QString& mount : std::as_const(mounts)) {
+            if (kept.contains(mount))
+                setError(errorText,
+                         QCoreApplication::translate(
+                             "FileDirTools", "\"%1\" holds another file system at \"%2\"; it was "
+                                             "left as it is.")
+                             .arg(path, mount));
+        }
+    }
+    if (kept.isEmpty())
+        return true;
+    for (const QString& left : std::as_const(kept))
+        qDebug().noquote() << QStringLiteral("Failed to remove %1").arg(left);
+    if (errorText && errorText->isEmpty())
+        *errorText = QCoreApplication::translate("FileDirTools", "Could not delete \"%1\".")
+                         .arg(kept.first());
+    return false;
 }
 
 bool copyFile(const QString& source, const QString& destination, bool keepTimes, QString* errorText)

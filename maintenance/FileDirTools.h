@@ -23,12 +23,21 @@ bool makePath(const QString& path);
 // Compact: "drwxr-x---" style; long: "ReadOwner=1 WriteOwner=1 ..." with the user bits as well.
 QString permissionsText(const QString& path, bool compact);
 
+// Whether anything is at the path, a link to nothing included, whatever bytes its name is.
+bool entryExists(const QString& path);
+
 // The Recycle Bin takes native paths of at most 258 characters (MAX_PATH less the list's two
 // terminating zeros).
 bool exceedsRecycleBinPathLimit(const QString& nativePath);
-bool moveToRecycleBin(const QString& path);
-// Returns the paths that could not be moved.
-QStringList moveAllToRecycleBin(const QStringList& paths);
+// An item the trash refuses stays where it was, whole; errorText then says why.
+bool moveToRecycleBin(const QString& path, QString* errorText = nullptr);
+// Returns the paths that could not be moved; errorText gets one line for each, saying why.
+QStringList moveAllToRecycleBin(const QStringList& paths, QString* errorText = nullptr);
+
+// Deletes the file, link or folder for good. Links go themselves, never what they lead to, and
+// nothing crosses into another file system: a mount point inside is left with the folders that
+// lead to it. errorText names what was left. True when nothing is left.
+bool removePermanently(const QString& path, QString* errorText = nullptr);
 
 // Shows the path selected in the desktop's file manager. An empty path does nothing.
 void revealInExplorer(const QString& path);

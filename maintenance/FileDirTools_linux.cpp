@@ -1,5 +1,14 @@
 #include "FileDirTools.h"
 #include "FileDirTools_p.h"
+#include "FileNames.h"
+
+// GLib names a member "signals", which Qt defines as a keyword.
+#pragma push_macro("signals")
+#undef signals
+#include <gio/gio.h>
+#pragma pop_macro("signals")
+
+#include <QCoreApplication>
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -10,12 +19,13 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
+#include <QSet>
 #include <QStandardPaths>
 #include <QUrl>
 
 #include <cerrno>
 #include <cstdio>
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -31,55 +41,98 @@ void openContainingFolder(const QString& path)
 
 QByteArray encoded(const QString& path)
 {
-    return QFile::encodeName(path);
+    return encodeFileName(path);
 }
 
-// Trashed items live in ".../Trash/files", ".Trash-<uid>/files" or ".Trash/<uid>/files".
-bool isTrashLocation(const QString& trashedPath)
+// The trashes GIO may choose for the item: the user's, or one at the top of the item's file system.
+QByteArrayList trashFolders(const QByteArray& path)
 {
-    QDir files = QFileInfo(trashedPath).dir();
-    if (files.dirName() != QLatin1String("files") || !files.cdUp())
-        return false;
-    const QString trash = files.dirName();
-    if (trash == QLatin1String("Trash") || trash.startsWith(QLatin1String(".Trash-")))
-        return true;
-    return files.cdUp() && files.dirName() == QLatin1String(".Trash");
-}
-
-QString trashInfoPath(const QString& trashedPath)
-{
-    const QFileInfo trashed(trashedPath);
-    return trashed.absolutePath() + QStringLiteral("/../info/") + trashed.fileName()
-           + QStringLiteral(".trashinfo");
-}
-
-// Qt 6.4 writes the original path into the item's info record as it is, but readers take it
-// URL-escaped: a "%" would bring the item back under another name, a line break nowhere.
-void escapeTrashInfo(const QString& trashedPath, const QString& originalPath)
-{
-    const QByteArray raw = encoded(QFileInfo(originalPath).absoluteFilePath());
-    const QByteArray escaped = QUrl::toPercentEncoding(raw, "/");
-    if (escaped == raw)
-        return;
-    QFile info(trashInfoPath(trashedPath));
-    const QByteArray text = info.open(QIODevice::ReadOnly) ? info.readAll() : QByteArray();
-    const qsizetype date = text.lastIndexOf("\nDeletionDate=");
-    QSaveFile fixed(info.fileName());
-    if (date < 0 || !fixed.open(QIODevice::WriteOnly | QIODevice::Unbuffered)
-        || fixed.write("[Trash Info]\nPath=" + escaped + text.mid(date)) < 0 || !fixed.commit())
-        qDebug().noquote()
-            << QStringLiteral("Could not escape the trash record of %1").arg(originalPath);
-}
-
-// Undoes a move that did not end in a trash folder; the item and its info record go away there.
-void putBack(const QString& trashedPath, const QString& originalPath)
-{
-    if (::rename(encoded(trashedPath).constData(), encoded(originalPath).constData()) != 0) {
-        qDebug().noquote()
-            << QStringLiteral("Could not put back %1 from %2").arg(originalPath, trashedPath);
-        return;
+    QByteArrayList trashes{QByteArray(g_get_user_data_dir()) + "/Trash"};
+    struct stat item;
+    if (::lstat(path.constData(), &item) != 0)
+        return trashes;
+    QByteArray top = path;
+    for (;;) {
+        const qsizetype slash = top.lastIndexOf('/');
+        if (slash < 0)
+            break;
+        const QByteArray parent = slash == 0 ? QByteArray("/") : top.left(slash);
+        struct stat status;
+        if (parent == top || ::stat(parent.constData(), &status) != 0
+            || status.st_dev != item.st_dev)
+            break;
+        top = parent;
     }
-    QFile::remove(trashInfoPath(trashedPath));
+    const QByteArray uid = QByteArray::number(qulonglong(::getuid()));
+    const QByteArray base = top == "/" ? QByteArray() : top;
+    trashes << base + "/.Trash/" + uid << base + "/.Trash-" + uid;
+    return trashes;
+}
+
+// The item records ("<trash>/info/<name>.trashinfo") in the trashes.
+QSet<QByteArray> trashRecords(const QByteArrayList& trashes)
+{
+    QSet<QByteArray> records;
+    for (const QByteArray& trash : trashes) {
+        const QByteArray folder = trash + "/info";
+        DIR* dir = ::opendir(folder.constData());
+        if (!dir)
+            continue;
+        while (const dirent* entry = ::readdir(dir)) {
+            const QByteArray name(entry->d_name);
+            if (name.endsWith(".trashinfo"))
+                records.insert(folder + '/' + name);
+        }
+        ::closedir(dir);
+    }
+    return records;
+}
+
+// What trash-list and trash-restore need: the group, the original path and the date.
+bool isWholeRecord(const QByteArray& record)
+{
+    const int fd = ::open(record.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (fd < 0)
+        return false;
+    QByteArray text(1 << 16, Qt::Uninitialized);
+    const ssize_t count = ::read(fd, text.data(), size_t(text.size()));
+    ::close(fd);
+    text.truncate(count < 0 ? 0 : qsizetype(count));
+    return text.startsWith("[Trash Info]\n") && text.contains("\nPath=/")
+           && text.contains("\nDeletionDate=") && text.endsWith('\n');
+}
+
+// GLib 2.74 moves the item even when its record could not be written, which then stays empty: on
+// a full disk, or for a name of 239 to 245 bytes, whose record's temporary name is too long. No
+// reader can list or restore such an item, so it is moved back where it was.
+bool keepRestorable(const QByteArray& path, const QSet<QByteArray>& before,
+                    const QByteArrayList& trashes, QString& reason)
+{
+    const QSet<QByteArray> after = trashRecords(trashes);
+    for (const QByteArray& record : after) {
+        if (before.contains(record) || isWholeRecord(record))
+            continue;
+        const qsizetype slash = record.lastIndexOf('/');
+        const QByteArray trash = record.left(record.lastIndexOf('/', slash - 1));
+        const QByteArray name = record.mid(slash + 1).chopped(int(qstrlen(".trashinfo")));
+        const QByteArray trashed = trash + "/files/" + name;
+        if (::renameat2(AT_FDCWD, trashed.constData(), AT_FDCWD, path.constData(), RENAME_NOREPLACE)
+            != 0) {
+            reason = QCoreApplication::translate(
+                         "FileDirTools",
+                         "The trash could not record where it came from, and it could not be "
+                         "moved back. It is in \"%1\".")
+                         .arg(decodeFileName(trashed));
+            return false;
+        }
+        ::unlink(record.constData());
+        reason = QCoreApplication::translate(
+            "FileDirTools",
+            "The trash could not record where it came from (the disk may be full, or "
+            "the name too long), so it was left where it was.");
+        return false;
+    }
+    return true;
 }
 
 int posixAccess(int flags)
@@ -144,23 +197,72 @@ bool recycleBinHasPathLimit()
     return false;
 }
 
-bool moveToRecycleBin(const QString& path, int& status)
+bool moveToRecycleBin(const QString& path, int& status, QString& reason)
 {
-    // Without the home trash's parent, Qt puts the item into "files" under the current directory.
-    QDir().mkpath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
-    QFile file(path);
-    if (!file.moveToTrash()) {
-        status = file.error();
+    const QByteArray bytes = encoded(path);
+    const QByteArrayList trashes = trashFolders(bytes);
+    const QSet<QByteArray> before = trashRecords(trashes);
+    GFile* file = g_file_new_for_path(bytes.constData());
+    GError* error = nullptr;
+    const bool trashed = g_file_trash(file, nullptr, &error);
+    g_object_unref(file);
+    if (!trashed) {
+        status = error->code;
+        reason = QString::fromUtf8(error->message);
+        g_error_free(error);
         return false;
     }
-    const QString trashed = file.fileName();
-    if (isTrashLocation(trashed)) {
-        escapeTrashInfo(trashed, path);
+    if (keepRestorable(bytes, before, trashes, reason))
         return true;
-    }
-    putBack(trashed, path);
-    status = QFileDevice::RenameError;
+    status = G_IO_ERROR_NO_SPACE;
     return false;
+}
+
+EntryKind entryKind(const QString& path)
+{
+    struct stat status;
+    if (::lstat(encoded(path).constData(), &status) != 0)
+        return EntryKind::Missing;
+    return S_ISLNK(status.st_mode)   ? EntryKind::Link
+           : S_ISDIR(status.st_mode) ? EntryKind::Folder
+                                     : EntryKind::File;
+}
+
+QList<DirectoryEntry> folderEntries(const QString& folder)
+{
+    QList<DirectoryEntry> entries;
+    const QByteArray path = encoded(folder);
+    DIR* dir = ::opendir(path.constData());
+    if (!dir)
+        return entries;
+    while (const dirent* entry = ::readdir(dir)) {
+        const QByteArray name(entry->d_name);
+        if (name == "." || name == "..")
+            continue;
+        bool isFolder = entry->d_type == DT_DIR;
+        struct stat status;
+        if (entry->d_type == DT_UNKNOWN && ::lstat((path + '/' + name).constData(), &status) == 0)
+            isFolder = S_ISDIR(status.st_mode);
+        entries.append({decodeFileName(name), isFolder});
+    }
+    ::closedir(dir);
+    return entries;
+}
+
+bool removeEntry(const QString& path, bool isFolder)
+{
+    const QByteArray bytes = encoded(path);
+    return (isFolder ? ::rmdir(bytes.constData()) : ::unlink(bytes.constData())) == 0;
+}
+
+QStringList mountPoints()
+{
+    QFile table(QStringLiteral("/proc/self/mountinfo"));
+    if (!table.open(QIODevice::ReadOnly)) {
+        qDebug() << "Cannot read the mount table" << table.errorString();
+        return {};
+    }
+    return mountPointsFromMountInfo(table.readAll());
 }
 
 bool isSameFile(const QString& first, const QString& second)

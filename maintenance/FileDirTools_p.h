@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 #include <QtGlobal>
 
@@ -14,8 +15,30 @@ bool standardFolder(int kind, QString& path);
 
 // Whether the Recycle Bin refuses paths longer than MAX_PATH.
 bool recycleBinHasPathLimit();
-// One attempt; status is the system's result code when it fails.
-bool moveToRecycleBin(const QString& path, int& status);
+// One attempt. When it fails, status is the system's result code and reason its text, if any.
+// An item whose record the trash could not write is moved back first.
+bool moveToRecycleBin(const QString& path, int& status, QString& reason);
+enum class EntryKind {
+    Missing,
+    File,
+    Folder, // a folder itself, not a link to one
+    Link,
+};
+// What is at the path itself, links not followed.
+EntryKind entryKind(const QString& path);
+
+struct DirectoryEntry
+{
+    QString name;
+    bool isFolder = false; // a folder itself, not a link to one
+};
+// Every entry of the folder but "." and "..", links not followed; names as decodeFileName gives.
+QList<DirectoryEntry> folderEntries(const QString& folder);
+// Removes one file, link or empty folder.
+bool removeEntry(const QString& path, bool isFolder);
+
+// Every mount point of the system, so that no deletion crosses into another file system.
+QStringList mountPoints();
 
 // Whether two existing names lead to the same file: the same volume and the same file number.
 bool isSameFile(const QString& first, const QString& second);

@@ -4,6 +4,8 @@
 #include "win32/fileops.h"
 
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 
 #include <io.h>
@@ -34,10 +36,51 @@ bool recycleBinHasPathLimit()
     return true;
 }
 
-bool moveToRecycleBin(const QString& path, int& status)
+bool moveToRecycleBin(const QString& path, int& status, QString&)
 {
     status = win32::moveToRecycleBin(native(path));
     return status == 0;
+}
+
+EntryKind entryKind(const QString& path)
+{
+    const QFileInfo info(path);
+    if (info.isSymbolicLink() || info.isJunction())
+        return EntryKind::Link;
+    if (!info.exists())
+        return EntryKind::Missing;
+    return info.isDir() ? EntryKind::Folder : EntryKind::File;
+}
+
+QList<DirectoryEntry> folderEntries(const QString& folder)
+{
+    QList<DirectoryEntry> entries;
+    const QFileInfoList infos = QDir(folder).entryInfoList(QDir::AllEntries | QDir::Hidden
+                                                           | QDir::System | QDir::NoDotAndDotDot);
+    for (const QFileInfo& info : infos) {
+        const bool isLink = info.isSymbolicLink() || info.isJunction();
+        entries.append({info.fileName(), info.isDir() && !isLink});
+    }
+    return entries;
+}
+
+// A read-only file cannot be removed until it is made writable; a link's target is never touched.
+bool removeEntry(const QString& path, bool isFolder)
+{
+    if (isFolder)
+        return QDir().rmdir(path);
+    if (QFile::remove(path) || QDir().rmdir(path))
+        return true;
+    const QFileInfo info(path);
+    return !info.isSymbolicLink() && !info.isJunction()
+           && QFile::setPermissions(path, info.permissions() | QFile::WriteOwner)
+           && QFile::remove(path);
+}
+
+// Folders mounted inside others are junctions, which every deletion leaves as links.
+QStringList mountPoints()
+{
+    return {};
 }
 
 bool isSameFile(const QString& first, const QString& second)

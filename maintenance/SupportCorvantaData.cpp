@@ -3,61 +3,32 @@
 #include "BaseSettings.h"
 #include "FileDirTools.h"
 #include "RegistryTools.h"
+#include "RemovalDialogs.h"
 #include "ReportFragments.h"
 
 #include <QDebug>
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QMap>
 
 namespace {
 
-bool isLink(const QFileInfo& info)
-{
-    return info.isSymbolicLink() || info.isJunction();
-}
+const qint64 maxIdentifierBytes = 4096;
 
-bool unlinkEntry(const QString& path)
+// Only a regular file is read: opening a FIFO would wait for a writer for ever, and a device
+// may never end. The identifier is one line; its line end is not part of it.
+QString identifierText(const QString& path)
 {
-    return QFile::remove(path) || QDir().rmdir(path);
-}
-
-// Deletes the folder and everything in it for good, but never what a link in it points at:
-// QDir::removeRecursively empties a folder reached through a link, makes the target of a link
-// it cannot remove writable, and descends into junctions. So the links go first, on their own,
-// and a folder with a link that cannot be removed is left as it is.
-void removeFolderPermanently(const QString& path)
-{
-    const QFileInfo folder(path);
-    if (path.isEmpty() || !(folder.exists() || isLink(folder)))
-        return;
-    QStringList links;
-    if (isLink(folder)) {
-        links.append(path);
-    } else {
-        QDirIterator it(path, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                        QDirIterator::Subdirectories);
-        while (it.hasNext()) {
-            if (isLink(it.nextFileInfo()))
-                links.append(it.filePath());
-        }
-    }
-    for (const QString& link : std::as_const(links)) {
-        if (!QFileInfo(QFileInfo(link).absolutePath()).isWritable()) {
-            qDebug().noquote() << QStringLiteral("Failed to remove %1").arg(link);
-            return;
-        }
-    }
-    for (const QString& link : std::as_const(links)) {
-        if (!unlinkEntry(link)) {
-            qDebug().noquote() << QStringLiteral("Failed to remove %1").arg(link);
-            return;
-        }
-    }
-    if (!isLink(folder) && !QDir(path).removeRecursively())
-        qDebug().noquote() << QStringLiteral("Failed to remove %1").arg(path);
+    if (!QFileInfo(path).isFile())
+        return {};
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        return {};
+    QString text = QString::fromUtf8(file.read(maxIdentifierBytes));
+    while (text.endsWith(QLatin1Char('\n')))
+        text.chop(1);
+    return text;
 }
 
 // The folder's state as the page tells it: nothing when all is well.
@@ -125,9 +96,9 @@ void SupportCorvantaData::handleLink(const QString& link)
 {
     const QString machinePrefix = QStringLiteral("removeMachineExtension");
     if (link == QLatin1String("deleteAppData")) {
-        removeFolderPermanently(d->appDataPath);
+        trashOrDeleteForUser(d->appDataPath);
     } else if (link == QLatin1String("deleteTempFiles")) {
-        removeFolderPermanently(d->tempPath);
+        trashOrDeleteForUser(d->tempPath);
     } else if (link.startsWith(machinePrefix)
                || link.startsWith(QLatin1String("removeUserExtension"))) {
         const qsizetype dot = link.indexOf(QLatin1Char('.'));
@@ -137,7 +108,6 @@ void SupportCorvantaData::handleLink(const QString& link)
     } else {
         qDebug().noquote() << "Unsupported link clicked:" << link;
     }
-    load();
 }
 
 void SupportCorvantaData::load()
@@ -146,9 +116,7 @@ void SupportCorvantaData::load()
     d->appDataPath = productAppDataPath(product);
     d->tempPath = productTempPath(product);
     d->uuidFilePath = d->appDataPath + QStringLiteral("/userUUID.txt");
-    QFile uuidFile(d->uuidFilePath);
-    d->uuid =
-        uuidFile.open(QIODevice::ReadOnly) ? QString::fromUtf8(uuidFile.readAll()) : QString();
+    d->uuid = identifierText(d->uuidFilePath);
     d->machineAssociations = sorted(productAssociations(product, true));
     d->userAssociations = sorted(productAssociations(product, false));
 
@@ -195,7 +163,6 @@ void SupportCorvantaData::removeAllAssociations()
         removeProductAssociation(extension, product, true);
     for (const QString& extension : std::as_const(d->userAssociations))
         removeProductAssociation(extension, product, false);
-    load();
 }
 
 QString SupportCorvantaData::productName()
@@ -282,14 +249,14 @@ void SupportCorvantaData::render()
     appendField(html, QStringLiteral("Temporary Files:"), fileLink(d->tempPath),
                 folderNote(d->tempPath), removeLink(QStringLiteral("deleteTempFiles")));
     html += lineBreaks(1);
-    appendField(html, QStringLiteral("UUID:"), d->uuid);
+    appendField(html, QStringLiteral("UUID:"), d->uuid.toHtmlEscaped());
     html += lineBreaks(2);
 
     if (!d->versions.isEmpty()) {
         appendField(html, QStringLiteral("Versions:"), QVariant());
         html += lineBreaks(1);
         for (auto it = d->versions.cbegin(); it != d->versions.cend(); ++it) {
-            appendField(html, QStringLiteral("  "), fileLink(it.key()), it.value());
+            appendField(html, QStringLiteral("  "), fileLink(it.key()), it.value().toHtmlEscaped());
             html += lineBreaks(1);
         }
         html += lineBreaks(1);

@@ -6,8 +6,9 @@
 #include <memory>
 
 // The product's own installation: where it keeps its per-user data, the user identifier, the
-// installed versions and the file-name extensions it owns. Its red "Remove" links delete the
-// product's folders for good, unlike the page's buttons, which use the trash.
+// installed versions and the file-name extensions it owns. Its red "Remove" links put the
+// product's folders into the trash; only where the trash refuses one do they offer to delete it
+// for good. The page reloads every collector a removal concerns (SupportTabs).
 class SupportCorvantaData : public SupportData
 {
 public:
@@ -30,7 +31,7 @@ public:
     bool hasAssociations() const;
     QStringList machineAssociations() const;
     QStringList userAssociations() const;
-    // Removes every association of the last load, machine first, then loads again.
+    // Removes every association of the last load, machine first.
     void removeAllAssociations();
 
     static QString productName();

@@ -1,29 +1,15 @@
 #include "SupportCorvantaTab.h"
 
-#include "FileDirTools.h"
-#include "SettingsRepair.h"
+#include "RemovalDialogs.h"
 #include "SupportCorvantaData.h"
+#include "SupportRepairPreferencesTask.h"
+#include "SupportTaskManager.h"
 
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPushButton>
-
-namespace {
-
-// A missing path would only cost the trash's retries.
-void trashExisting(const QStringList& paths)
-{
-    QStringList existing;
-    for (const QString& path : paths) {
-        const QFileInfo info(path);
-        if (info.exists() || info.isSymLink())
-            existing.append(path);
-    }
-    moveAllToRecycleBin(existing);
-}
-
-} // namespace
 
 struct SupportCorvantaTab::Private
 {
@@ -32,6 +18,7 @@ struct SupportCorvantaTab::Private
     QPushButton* repairButton = nullptr;
     QPushButton* preferencesButton = nullptr;
     QPushButton* appDataButton = nullptr;
+    std::unique_ptr<SupportTaskManager> repair;
 };
 
 SupportCorvantaTab::SupportCorvantaTab(SupportData* collector, QWidget* parent)
@@ -79,40 +66,61 @@ void SupportCorvantaTab::updateContent()
     }
     showText(d->label);
     const auto* corvanta = dynamic_cast<const SupportCorvantaData*>(supportData());
-    d->associationsButton->setEnabled(corvanta && corvanta->hasAssociations());
-    d->preferencesButton->setEnabled(
-        QFileInfo::exists(SupportCorvantaData::settingsFileName(product)));
-    d->appDataButton->setEnabled(
-        QFileInfo(SupportCorvantaData::productAppDataPath(product)).isDir());
+    const std::pair<QPushButton*, bool> states[] = {
+        {d->associationsButton, corvanta && corvanta->hasAssociations()},
+        {d->preferencesButton, QFileInfo::exists(SupportCorvantaData::settingsFileName(product))},
+        {d->appDataButton, QFileInfo(SupportCorvantaData::productAppDataPath(product)).isDir()},
+    };
+    // A focused button that is disabled hands the focus on to the next one, which may remove far
+    // more: a second key press would act on it. The focus goes to the page's text instead.
+    for (const auto& [button, enabled] : states) {
+        if (!enabled && window()->focusWidget() == button)
+            d->label->setFocus(Qt::OtherFocusReason);
+    }
+    for (const auto& [button, enabled] : states)
+        button->setEnabled(enabled);
 }
 
 void SupportCorvantaTab::slotRemoveAllAssociations()
 {
     if (auto* corvanta = dynamic_cast<SupportCorvantaData*>(supportData()))
         corvanta->removeAllAssociations();
-    updateContent();
+    repaired();
 }
 
+// A large file takes a while; the repair runs behind the benchmark's progress dialog.
 void SupportCorvantaTab::slotRepairPreferences()
 {
-    repairSettingsFile(SupportCorvantaData::settingsFileName(supportData()->name()));
+    d->repair = std::make_unique<SupportTaskManager>();
+    connect(d->repair.get(), &SupportTaskManager::signalFinished, this,
+            &SupportCorvantaTab::slotRepairFinished);
+    d->repair->addTask(new SupportRepairPreferencesTask(
+        SupportCorvantaData::settingsFileName(supportData()->name())));
+    d->repair->start();
+}
+
+void SupportCorvantaTab::slotRepairFinished()
+{
+    repaired();
+    QMessageBox::information(this, tr("Repair Preferences"), d->repair->report());
 }
 
 void SupportCorvantaTab::slotRemovePreferences()
 {
-    trashExisting({SupportCorvantaData::settingsFileName(supportData()->name())});
-    updateContent();
+    trashForUser({SupportCorvantaData::settingsFileName(supportData()->name())});
+    repaired();
 }
 
+// Whatever the trash refuses stays, and the associations go only with the data.
 void SupportCorvantaTab::slotRemoveAllApplicationData()
 {
     const QString product = supportData()->name();
-    trashExisting({SupportCorvantaData::productAppDataPath(product)});
-    trashExisting(SupportCorvantaData::furtherDataPaths(product));
-    trashExisting({SupportCorvantaData::settingsFileName(product)});
-    if (auto* corvanta = dynamic_cast<SupportCorvantaData*>(supportData()))
+    QStringList paths{SupportCorvantaData::productAppDataPath(product)};
+    paths << SupportCorvantaData::furtherDataPaths(product)
+          << SupportCorvantaData::settingsFileName(product);
+    const bool trashed = trashForUser(paths);
+    auto* corvanta = dynamic_cast<SupportCorvantaData*>(supportData());
+    if (trashed && corvanta)
         corvanta->removeAllAssociations();
-    else
-        supportData()->load();
-    updateContent();
+    repaired();
 }

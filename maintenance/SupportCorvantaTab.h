@@ -5,7 +5,8 @@
 #include <memory>
 
 // The installation page: the collector's findings and four repair buttons. The buttons act at
-// once, without asking; their tooltips say what they do. Everything they remove goes to the trash.
+// once, without asking; their tooltips say what they do. Everything they remove goes to the trash,
+// and what the trash refuses stays, with a message saying why.
 class SupportCorvantaTab : public SupportTab
 {
     Q_OBJECT
@@ -20,6 +21,7 @@ public:
 private slots:
     void slotRemoveAllAssociations();
     void slotRepairPreferences();
+    void slotRepairFinished();
     void slotRemovePreferences();
     void slotRemoveAllApplicationData();
 

@@ -1,6 +1,6 @@
 #include "SupportPermissionsData.h"
 
-#include "FileDirTools.h"
+#include "RemovalDialogs.h"
 #include "ReportFragments.h"
 #include "SupportCorvantaData.h"
 
@@ -9,6 +9,7 @@
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QMap>
+#include <QSet>
 
 #include <algorithm>
 
@@ -25,7 +26,18 @@ struct SupportPermissionsData::Private
     QMap<QString, bool> paths; // path to writable, in path order
     qsizetype notWritable = 0;
 
-    void record(const QFileInfo& info) { paths.insert(info.filePath(), info.isWritable()); }
+    QSet<QString> danglingLinks;
+
+    void record(const QFileInfo& info)
+    {
+        // A link to nothing has no state of its own to tell, and can still be removed.
+        if (info.isSymLink() && !info.exists()) {
+            danglingLinks.insert(info.filePath());
+            paths.insert(info.filePath(), true);
+            return;
+        }
+        paths.insert(info.filePath(), info.isWritable());
+    }
 
     // The folder and its whole tree. Links are listed but not followed, so a link out of the
     // folder or a loop of links adds one entry and nothing more; unreadable folders are passed by.
@@ -74,15 +86,15 @@ int SupportPermissionsData::type() const
 void SupportPermissionsData::handleLink(const QString& link)
 {
     if (link.startsWith(deleteAction))
-        moveAllToRecycleBin({link.mid(deleteAction.size())});
+        trashOrDeleteForUser(link.mid(deleteAction.size()));
     else
         qDebug().noquote() << "Unsupported link clicked:" << link;
-    load();
 }
 
 void SupportPermissionsData::load()
 {
     d->paths.clear();
+    d->danglingLinks.clear();
     const QString product = SupportCorvantaData::productName();
     const QString preferencesFolder =
         QFileInfo(SupportCorvantaData::settingsFileName(product)).absolutePath();
@@ -103,7 +115,9 @@ void SupportPermissionsData::load()
     appendErrors(html, *this);
     for (auto it = d->paths.cbegin(); it != d->paths.cend(); ++it) {
         appendPathState(html, deleteAction + it.key(), it.key(),
-                        it.value() ? QLatin1String("OK") : QLatin1String("Not Writable"));
+                        !it.value()                           ? QLatin1String("Not Writable")
+                        : d->danglingLinks.contains(it.key()) ? QLatin1String("Link")
+                                                              : QLatin1String("OK"));
         html += lineBreaks(1);
     }
 }

@@ -15,7 +15,8 @@ public:
     QStringList errors() const override;
     QString name() const override;
     int type() const override;
-    // "deletePath" followed by a path puts that path into the trash.
+    // "deletePath" followed by a path puts that path into the trash, or deletes it for good when
+    // the trash refuses it and the user agrees.
     void handleLink(const QString& link) override;
     void load() override;
 

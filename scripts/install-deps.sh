@@ -4,7 +4,7 @@ set -euo pipefail
 
 packages=(
     cmake ninja-build g++ pkg-config
-    qt6-base-dev qt6-tools-dev qt6-l10n-tools libgl-dev qt6-qpa-plugins
+    qt6-base-dev qt6-tools-dev qt6-l10n-tools libgl-dev qt6-qpa-plugins libglib2.0-dev
     xvfb xauth xdotool xclip x11-utils trash-cli xdg-utils dbus dbus-x11 shared-mime-info
     at-spi2-core
     fonts-dejavu-core openssl curl librsvg2-bin

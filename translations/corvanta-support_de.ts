@@ -90,6 +90,38 @@
         <source>Could not write output file. %1</source>
         <translation>Ausgabedatei konnte nicht geschrieben werden. %1</translation>
     </message>
+    <message>
+        <source>Could not put &quot;%1&quot; into the trash: %2</source>
+        <translation>&quot;%1&quot; konnte nicht in den Papierkorb gelegt werden: %2</translation>
+    </message>
+    <message>
+        <source>The path is longer than %1 characters.</source>
+        <translation>Der Pfad ist länger als %1 Zeichen.</translation>
+    </message>
+    <message>
+        <source>It holds another file system at &quot;%1&quot;.</source>
+        <translation>Er enthält ein anderes Dateisystem unter &quot;%1&quot;.</translation>
+    </message>
+    <message>
+        <source>The system answered %1.</source>
+        <translation>Das System antwortete %1.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; holds another file system at &quot;%2&quot;; it was left as it is.</source>
+        <translation>&quot;%1&quot; enthält ein anderes Dateisystem unter &quot;%2&quot;; es wurde so belassen, wie es ist.</translation>
+    </message>
+    <message>
+        <source>Could not delete &quot;%1&quot;.</source>
+        <translation>&quot;%1&quot; konnte nicht gelöscht werden.</translation>
+    </message>
+    <message>
+        <source>The trash could not record where it came from, and it could not be moved back. It is in &quot;%1&quot;.</source>
+        <translation>Der Papierkorb konnte nicht festhalten, woher es kam, und es konnte nicht zurückgelegt werden. Es liegt in &quot;%1&quot;.</translation>
+    </message>
+    <message>
+        <source>The trash could not record where it came from (the disk may be full, or the name too long), so it was left where it was.</source>
+        <translation>Der Papierkorb konnte nicht festhalten, woher es kam (vielleicht ist der Datenträger voll oder der Name zu lang), daher blieb es, wo es war.</translation>
+    </message>
 </context>
 <context>
     <name>NetworkTools</name>
@@ -111,6 +143,33 @@
     <message>
         <source>The download could not be written to disk.</source>
         <translation>Der Download konnte nicht auf den Datenträger geschrieben werden.</translation>
+    </message>
+</context>
+<context>
+    <name>RemovalDialogs</name>
+    <message>
+        <source>Not Removed</source>
+        <translation>Nicht entfernt</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; was a link: only the link was removed. Its data is still in &quot;%2&quot;.</source>
+        <translation>&quot;%1&quot; war eine Verknüpfung: Nur die Verknüpfung wurde entfernt. Ihre Daten liegen weiterhin in &quot;%2&quot;.</translation>
+    </message>
+    <message>
+        <source>Link Removed</source>
+        <translation>Verknüpfung entfernt</translation>
+    </message>
+    <message>
+        <source>Delete for Good?</source>
+        <translation>Endgültig löschen?</translation>
+    </message>
+    <message>
+        <source>%1
+
+Delete &quot;%2&quot; for good instead? This cannot be undone.</source>
+        <translation>%1
+
+Stattdessen &quot;%2&quot; endgültig löschen? Das kann nicht rückgängig gemacht werden.</translation>
     </message>
 </context>
 <context>
@@ -476,6 +535,33 @@ Permissions:
 
 Berechtigungen:
 %2</translation>
+    </message>
+</context>
+<context>
+    <name>SupportRepairPreferencesTask</name>
+    <message>
+        <source>Repairing %1...</source>
+        <translation>%1 wird repariert...</translation>
+    </message>
+    <message>
+        <source>There are no preferences to repair: &quot;%1&quot; does not exist.</source>
+        <translation>Es gibt keine Einstellungen zu reparieren: &quot;%1&quot; existiert nicht.</translation>
+    </message>
+    <message>
+        <source>Could not repair &quot;%1&quot;: %2</source>
+        <translation>&quot;%1&quot; konnte nicht repariert werden: %2</translation>
+    </message>
+    <message>
+        <source>Nothing in &quot;%1&quot; needed repair.</source>
+        <translation>In &quot;%1&quot; musste nichts repariert werden.</translation>
+    </message>
+    <message>
+        <source>Stored dates and times emptied in &quot;%1&quot;: %2.</source>
+        <translation>Geleerte gespeicherte Datums- und Zeitwerte in &quot;%1&quot;: %2.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a file, so it was left alone.</source>
+        <translation>&quot;%1&quot; ist keine Datei und wurde daher nicht angetastet.</translation>
     </message>
 </context>
 <context>

@@ -21,6 +21,17 @@ QString afterFirstLine(const QString& report)
     return report.mid(report.indexOf('\n')).replace(moving, u"\\1"_s);
 }
 
+// The report's blocks of the product's pages, which repairs change.
+QString productPages(const QString& report)
+{
+    QStringList blocks;
+    for (const QString& block : report.split(QString(50, '='))) {
+        if (block.startsWith(u"\nPermissions\n"_s) || block.startsWith(u"\nCorvanta\n"_s))
+            blocks << block.trimmed();
+    }
+    return blocks.join('\n');
+}
+
 } // namespace
 
 // Drives the real program on its own X server, from its menus and buttons, as a user would.
@@ -144,20 +155,45 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(text().selected, home.dataFolder(), 10000);
         QCOMPARE(text().text, text().name);
 
+        // After each repair the window describes the machine as a fresh report does.
+        const auto agrees = [&] {
+            report.start(QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY), {});
+            const QString fresh = report.waitForFinished(60000) && report.exitCode() == 0
+                                      ? productPages(QString::fromUtf8(report.readAll()))
+                                      : QString();
+            const auto same = [&] {
+                x.keys({u"Right"_s, u"Down"_s, u"Return"_s}, main);
+                return productPages(x.clipboard()) == fresh;
+            };
+            return fresh.size() > 200 && QTest::qWaitFor(same, 10000);
+        };
         QVERIFY(press(u"push button"_s, u"Remove All Associations"_s));
         QTRY_VERIFY_WITH_TIMEOUT(
             fileBytes(home.userMimeapps()) == ProductHome::mimeappsWithoutProduct, 20000);
         QTRY_VERIFY_WITH_TIMEOUT(page().endsWith(u"(User):\n\n|Repair P Remove P Remove A "_s),
                                  20000);
+        QVERIFY(agrees());
 
+        // The repair says what it changed.
         QVERIFY(press(u"push button"_s, u"Repair Preferences"_s));
         QTRY_VERIFY_WITH_TIMEOUT(fileBytes(home.preferences()) == ProductHome::repairedPreferences,
                                  20000);
+        QTRY_VERIFY_WITH_TIMEOUT(
+            !widgets.find(u"label"_s, u"Stored dates and times emptied in "_s).name.isEmpty(),
+            20000);
+        QVERIFY(press(u"push button"_s, u"OK"_s));
+        QVERIFY(agrees());
 
+        // The clicked button disables itself; a key pressed then must not reach the next one.
         QVERIFY(press(u"push button"_s, u"Remove Preferences"_s));
         QTRY_VERIFY_WITH_TIMEOUT(page().endsWith(u"|Repair P Remove A "_s), 20000);
         QVERIFY(!QFileInfo::exists(home.preferences()));
         QVERIFY(trashList().contains(' ' + home.preferences() + '\n'));
+        x.keys({u"space"_s, u"Return"_s});
+        QTest::qWait(1000);
+        QVERIFY2(QFileInfo::exists(home.dataFolder()) && page().endsWith(u"|Repair P Remove A "_s),
+                 qPrintable(page()));
+        QVERIFY(agrees());
 
         QVERIFY(press(u"push button"_s, u"Remove All Application Data"_s));
         QTRY_VERIFY_WITH_TIMEOUT(page().endsWith(u"|Repair P "_s), 20000);
@@ -168,6 +204,7 @@ private slots:
         QVERIFY2(listed.contains(' ' + home.dataFolder() + '\n')
                      && listed.contains(' ' + home.path(u".cache/Corvanta"_s) + '\n'),
                  qPrintable(listed));
+        QVERIFY(agrees());
 
         x.keys({u"Up"_s, u"Return"_s}, main);
         QVERIFY2(x.program().waitForFinished(10000), "the program did not quit from its File menu");

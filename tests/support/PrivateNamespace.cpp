@@ -87,9 +87,27 @@ bool bindFile(const QString& file, const QString& target)
            == 0;
 }
 
+bool bindReadOnly(const QString& folder)
+{
+    const QByteArray path = QFile::encodeName(folder);
+    return ::mount(path.constData(), path.constData(), nullptr, MS_BIND, nullptr) == 0
+           && ::mount(nullptr, path.constData(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr)
+                  == 0;
+}
+
 QString tinyFileSystem()
 {
     return qEnvironmentVariable("CORVANTA_TINY_FS");
+}
+
+bool fillTinyFileSystem()
+{
+    QFile filler(tinyFileSystem() + QStringLiteral("/filler"));
+    if (!filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+        return false;
+    while (filler.write(QByteArray(512, 'x')) == 512) {
+    }
+    return true;
 }
 
 int runWithTinyFileSystem(const QString& testFunction)

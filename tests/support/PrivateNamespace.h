@@ -17,9 +17,14 @@ bool addInterface(const QString& name, const QStringList& addresses);
 // Puts the file in the place of target, such as /etc/hosts, for this namespace only.
 bool bindFile(const QString& file, const QString& target);
 
+// Makes the folder read-only for this namespace only.
+bool bindReadOnly(const QString& folder);
+
 // Inside the run below: the folder of a file system of 8 KiB, mounted for this process only.
 // Empty elsewhere.
 QString tinyFileSystem();
+// Writes a file there until the file system is full.
+bool fillTinyFileSystem();
 // Runs one test function of this executable (with ":row" when it has rows) again in a private
 // mount namespace where tinyFileSystem() is set; returns that run's exit status.
 int runWithTinyFileSystem(const QString& testFunction);
