@@ -129,56 +129,41 @@ private slots:
         QTest::addColumn<QString>("product");
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<QStringList>("listed");
-        QTest::addColumn<QByteArray>("after"); // the whole file after the removal
+        QTest::addColumn<QByteArray>("after"); // the whole file after the removal; empty: unchanged
         // GIO's and xdg-mime's, before and after. xdg-mime reads only [Default Applications] lines
         // that begin with the type, and the first of repeats.
         QTest::addColumn<QStringList>("defaults");
-        const QByteArray design = "application/x-corvanta-design";
+        const auto row = [](const char* name, const QByteArray& text, const QStringList& listed,
+                            const QByteArray& after, const QStringList& defaults,
+                            const QString& product = u"Corvanta"_s) {
+            QTest::newRow(name) << product << text << listed << after << defaults;
+        };
+        const QByteArray group = "[Default Applications]\n";
+        const QByteArray key = "application/x-corvanta-design=";
         const QString other = u"org.other.desktop"_s;
-        const QString product = u"Corvanta.desktop"_s;
-        QTest::newRow("both groups")
-            << u"Corvanta"_s << userMimeapps << QStringList{".cvd", ".cvdx"}
-            << QByteArray(userMimeapps)
-                   .replace(design + "=Corvanta.desktop;\n", "")
-                   .replace("= Corvanta.desktop;", "= ")
-            << QStringList{product, QString(), other, QString()};
-        QTest::newRow("another program's first")
-            << u"Corvanta"_s
-            << "[Default Applications]\n" + design + "=org.other.desktop;Corvanta.desktop;\n"
-            << QStringList() << QByteArray() << QStringList{other, other, other, other};
-        QTest::newRow("added only")
-            << u"Corvanta"_s
-            << "[Added Associations]\n" + design + "=Corvanta.desktop;org.other.desktop\n"
-            << QStringList{".cvd", ".cvdx"}
-            << "[Added Associations]\n" + design + "=org.other.desktop\n"
-            << QStringList{product, QString(), other, QString()};
-        QTest::newRow("last of repeats") << u"Corvanta"_s
-                                         << "[Default Applications]\n" + design
-                                                + "=org.other.desktop\n[Added Associations]\n"
-                                                  "[Default Applications]\n"
-                                                + design + "=Corvanta.desktop;\n"
-                                         << QStringList{".cvd", ".cvdx"}
-                                         << "[Default Applications]\n" + design
-                                                + "=org.other.desktop\n[Added Associations]\n"
-                                                  "[Default Applications]\n"
-                                         << QStringList{product, other, other, other};
-        QTest::newRow("stray bytes")
-            << u"Corvanta"_s
-            << "# caf\xe9\n[Default Applications]\n" + design + "=Corvanta.desktop;\nx/y=caf\xe9\n"
-            << QStringList{".cvd", ".cvdx"}
-            << QByteArray("# caf\xe9\n[Default Applications]\nx/y=caf\xe9\n")
-            << QStringList{product, product, QString(), QString()};
-        QTest::newRow("byte-order mark")
-            << u"Corvanta"_s
-            << "\xef\xbb\xbf[Default Applications]\n" + design + "=Corvanta.desktop\n"
-            << QStringList() << QByteArray()
-            << QStringList{QString(), QString(), QString(), QString()};
-        QTest::newRow("viewer") << u"Corvanta Viewer"_s << userMimeapps << QStringList{".cvv"}
-                                << QByteArray(userMimeapps)
-                                       .replace(
-                                           "application/x-corvanta-view=CorvantaViewer.desktop;",
-                                           "")
-                                << QStringList{product, QString(), product, QString()};
+        const QString ours = u"Corvanta.desktop"_s;
+        const QStringList both{u".cvd"_s, u".cvdx"_s};
+        row("both groups", userMimeapps, both,
+            QByteArray(userMimeapps)
+                .replace(key + "Corvanta.desktop;\n", "")
+                .replace("= Corvanta.desktop;", "= "),
+            {ours, {}, other, {}});
+        row("another program's first", group + key + "org.other.desktop;Corvanta.desktop;\n", {},
+            {}, {other, other, other, other});
+        row("added only", "[Added Associations]\n" + key + "Corvanta.desktop;org.other.desktop\n",
+            both, "[Added Associations]\n" + key + "org.other.desktop\n", {ours, {}, other, {}});
+        const QByteArray repeated =
+            group + key + "org.other.desktop\n[Added Associations]\n" + group;
+        row("last of repeats", repeated + key + "Corvanta.desktop;\n", both, repeated,
+            {ours, other, other, other});
+        row("stray bytes", "# caf\xe9\n" + group + key + "Corvanta.desktop;\nx/y=caf\xe9\n", both,
+            "# caf\xe9\n" + group + "x/y=caf\xe9\n", {ours, ours, {}, {}});
+        row("byte-order mark", "\xef\xbb\xbf" + group + key + "Corvanta.desktop\n", {}, {},
+            {{}, {}, {}, {}});
+        row("viewer", userMimeapps, {u".cvv"_s},
+            QByteArray(userMimeapps)
+                .replace("application/x-corvanta-view=CorvantaViewer.desktop;", ""),
+            {ours, {}, ours, {}}, u"Corvanta Viewer"_s);
     }
 
     void associations()
