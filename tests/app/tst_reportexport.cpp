@@ -153,12 +153,9 @@ private slots:
         QCOMPARE(saved.pixelColor(0, 60), QColor(Qt::blue));
         QCOMPARE(saved.pixelColor(50, 69).alpha(), 0);
 
-        // The parent is a plain file, so nothing can be created below it, even by root.
+        // The status bar is told what was written, or why nothing was: below a plain file nothing
+        // can be made, even by root.
         QVERIFY(putFile(home.path(u"file"_s), "x"));
-        QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^Failed to open writable text file"));
-        QVERIFY(!QFile::exists(saveReportTo(*table, home.path(u"file"_s)) + "/report.txt"));
-
-        // The status bar is told what was written, or why nothing was.
         QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^Failed to open writable text file"));
         QCOMPARE(saveReportIn(*table, home.path(u"file"_s)),
                  "Report not saved: no folder can be made in " + home.path(u"file"_s) + '.');
@@ -247,16 +244,14 @@ private slots:
         ReportDocument read;
         QString reason;
         QCOMPARE(readReportJson(json, &read, &reason), accepted);
-        TestEnvironment home;
-        QVERIFY(putFile(home.path(u"report.json"_s), json));
         QProcess schema;
         schema.setStandardErrorFile(QProcess::nullDevice());
         schema.start(
             u"python3"_s,
             {u"-c"_s,
              u"import json, sys, jsonschema\n"
-             "jsonschema.validate(json.load(open(sys.argv[1])), json.load(open(sys.argv[2])))"_s,
-             home.path(u"report.json"_s),
+             "jsonschema.validate(json.loads(sys.argv[1]), json.load(open(sys.argv[2])))"_s,
+             QString::fromUtf8(json),
              QStringLiteral(CORVANTA_SOURCE_DIR "/app/report.schema.json")});
         QVERIFY(schema.waitForFinished());
         QCOMPARE(schema.exitCode() == 0, accepted);
