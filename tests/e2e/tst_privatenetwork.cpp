@@ -440,8 +440,7 @@ private slots:
         QFETCH(QString, host);
         QFETCH(QString, user);
         const QString home = m_files.filePath(u"home/"_s + user);
-        // Preferences put a home path on Permissions; no data folder puts "Application Data" in
-        // errors.
+        // Preferences list a home path; no data folder puts "Application Data" in the errors.
         QVERIFY(QDir(home).removeRecursively()
                 && putFile(home + u"/.config/Kelvanmoor/Corvanta.ini"_s, "[General]\n"));
         QVERIFY(putFile(home + u"/.local/share/applications/corvanta.desktop"_s,
@@ -517,6 +516,12 @@ private slots:
             return text;
         };
         const QString system = u"\x01%1\x02"_s.arg(wording.indexOf(u"Operating System"_s));
+        // A whole token in any case; ".local" is another word.
+        const auto token = [](const QString& value) {
+            return QRegularExpression(u"(?<![\\p{L}\\p{N}.])%1(?![\\p{L}\\p{N}])"_s.arg(
+                                          QRegularExpression::escape(value)),
+                                      QRegularExpression::CaseInsensitiveOption);
+        };
         QString shown;
         for (qsizetype i = 0; i < plain.size(); ++i) {
             // The operating system's and the fonts' names stay what they are.
@@ -525,11 +530,7 @@ private slots:
             for (QString& line : lines) {
                 for (auto it = swaps.cbegin();
                      it != swaps.cend() && !fonts && !line.startsWith(system); ++it)
-                    line.replace(
-                        QRegularExpression(u"(?<![\\p{L}\\p{N}.])%1(?![\\p{L}\\p{N}])"_s.arg(
-                                               QRegularExpression::escape(it.key())),
-                                           QRegularExpression::CaseInsensitiveOption),
-                        it.value());
+                    line.replace(token(it.key()), it.value());
             }
             const QString text = hideWording(redacted[i]);
             QCOMPARE(text, lines.join('\n'));
@@ -542,12 +543,8 @@ private slots:
                 && redactedJson.contains(" ~/.config/Kelvanmoor/Corvanta.ini OK"));
         // Qt's own messages too, such as the runtime folder it names after the user.
         shown += QString::fromUtf8(fileBytes(m_files.filePath(u"redacted.errors"_s)));
-        // In any case, alone or between separators; ".local" is another word.
         for (const QString& value : {host, user})
-            QVERIFY2(!shown.contains(QRegularExpression(
-                         u"(?<![\\p{L}\\p{N}.])%1(?![\\p{L}\\p{N}])"_s.arg(value),
-                         QRegularExpression::CaseInsensitiveOption)),
-                     qPrintable(value));
+            QVERIFY2(!shown.contains(token(value)), qPrintable(value));
     }
 
     // Nothing differs from itself; then the product's folder, preference, association and an
