@@ -121,8 +121,7 @@ private slots:
         QTEST(html, "expected");
     }
 
-    // A folder per second of the time given, named by its UTC time. The picture stacks the
-    // pages' in kind order, transparent beside narrower ones; without any there is none.
+    // A folder per UTC second; the picture stacks pages by kind, transparent beside narrow ones.
     void savedFolder()
     {
         TestEnvironment home;
@@ -153,8 +152,7 @@ private slots:
         QCOMPARE(saved.pixelColor(0, 60), QColor(Qt::blue));
         QCOMPARE(saved.pixelColor(50, 69).alpha(), 0);
 
-        // The status bar is told what was written, or why nothing was: below a plain file nothing
-        // can be made, even by root.
+        // The status bar says what was written or why not; below a plain file even root fails.
         QVERIFY(putFile(home.path(u"file"_s), "x"));
         QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^Failed to open writable text file"));
         QCOMPARE(saveReportIn(*table, home.path(u"file"_s)),
@@ -316,8 +314,7 @@ private slots:
         QTEST(redactor.redact(QString(text).replace(u"%1"_s, home.home())), "expected");
     }
 
-    // Placeholders last from run to run, in a file of the user's alone; a new value takes the
-    // next number.
+    // Placeholders persist in a file only the user reads; a new value takes the next number.
     void placeholdersKept()
     {
         TestEnvironment home;

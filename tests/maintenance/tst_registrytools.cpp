@@ -46,8 +46,7 @@ QStringList sorted(QStringList list)
 
 } // namespace
 
-// The stores the tool reads and writes for the user and the machine: its own settings file,
-// mimeapps.list, desktop entries and environment.d.
+// The user's and machine's stores: settings file, mimeapps.list, desktop entries, environment.d.
 class tst_RegistryTools : public QObject
 {
     Q_OBJECT
@@ -78,9 +77,8 @@ private slots:
         QDir(m_environment.path(u"system-data/applications"_s)).removeRecursively();
     }
 
-    // Keys go under the pushed groups in the user's own file, a common key outside them. Removing
-    // a group takes its children and leaves the store at the top, until the groups are entered.
-    // The organization-wide file holds a key that plain QSettings would answer from; ours does not.
+    // Keys go under the pushed groups in the user's own file, common keys outside; removing a group
+    // takes its children. Unlike plain QSettings, the organization-wide file is not consulted.
     void groups()
     {
         QSettings organization(m_environment.path(u".config/Kelvanmoor.ini"_s),
@@ -120,10 +118,8 @@ private slots:
                 QString::fromUtf8(xdg.readAllStandardOutput()).trimmed()};
     }
 
-    // "Remove All Associations" over the user's file, as GLib reads it. Only the product's ids
-    // leave a line, in both groups; every other byte stays. The desktop (GIO, xdg-mime) agrees
-    // before and after. A product's name with a blank names desktop entries without it, and no
-    // product's name is taken for another's that it begins.
+    // "Remove All Associations" as GLib reads the file: only the product's ids go, in both groups,
+    // GIO and xdg-mime agree; "Corvanta" is neither "Corvanta Viewer" nor its entries.
     void associations_data()
     {
         QTest::addColumn<QString>("product");
@@ -213,9 +209,8 @@ private slots:
         QVERIFY(productAssociations(product, false).isEmpty());
     }
 
-    // As the desktop's menu shows them: "env" and its assignments are passed over, and the
-    // user's entry hides the machine's with the same id. The support tool's own entry, by its
-    // name or by its program, is no copy of the product.
+    // As the menu shows them: "env" and assignments skipped, the user's entry hiding the machine's
+    // of the same id; the support tool's own entry (by name or program) is not the product.
     void installedProgramsFromDesktopEntries()
     {
         QVERIFY(putFile(data(u"applications/Corvanta.desktop"_s),
@@ -250,8 +245,7 @@ private slots:
         QCOMPARE(named.first().DisplayName, u"Corvanta"_s);
     }
 
-    // Our file's assignment is replaced in place, line ends and all, its repeats dropped and other
-    // lines kept; the files are read in order, the later winning.
+    // Ours is replaced in place (line ends kept, repeats dropped); files read in order, last wins.
     void environmentRoundTrip()
     {
         const QString ours = config(u"environment.d/60-corvanta-support.conf"_s);
@@ -278,8 +272,7 @@ private slots:
         QVERIFY(putFile(ours, "QT_AUTO_SCREEN_SCALE_FACTOR=0\n\n"));
         QVERIFY(removeEnvironmentVariable(scaleName));
         QVERIFY(!QFileInfo::exists(ours));
-        // A folder where our file should be cannot be read, not even by root; the later file
-        // still counts.
+        // A folder in our file's place cannot be read, even by root; the later file still counts.
         QVERIFY(QDir().mkpath(ours));
         QCOMPARE(environmentVariable(scaleName), u"2"_s);
     }

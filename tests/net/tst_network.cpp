@@ -59,8 +59,7 @@ private slots:
         QDir(tempFolder()).removeRecursively();
     }
 
-    // For the rows named "full temp folder": true in the run whose temp folder is a file system of
-    // 8 KiB; any other run only starts that one and records its outcome.
+    // Rows "full temp folder": true in the rerun on an 8 KiB temp folder, which other runs start.
     bool inFullTempFolder(const char* function)
     {
         const bool inner = !tinyFileSystem().isEmpty();
@@ -212,8 +211,7 @@ private slots:
         }
     }
 
-    // With the system's proxy turned off, the one set before stays: http_proxy is a closed port.
-    // Turned on, it is taken from http_proxy, as the transfer through a proxy shows.
+    // With the system's proxy off, the one set before stays (http_proxy is a closed port).
     void setProxyKeptWithoutTheSystemProxy()
     {
         LoopbackHttpServer server;
