@@ -81,13 +81,10 @@ private slots:
             appendField(output, label, value, note, suffix);
             return output;
         };
-        const auto errors = [](const QStringList& list) {
-            RecordingData data(0);
-            data.fakeErrors = list;
-            return errorsHtml(data);
-        };
+        RecordingData erring(0);
+        erring.fakeErrors = QStringList{u"%1 and %2"_s, u"b"_s};
         QTest::newRow("errors, placeholders kept")
-            << errors({"%1 and %2", "b"}) << "Errors:<br>1. %1 and %2<br>2. b";
+            << errorsHtml(erring) << "Errors:<br>1. %1 and %2<br>2. b";
         QTest::newRow("field with note and suffix")
             << field("RAM:", 8, "low", "GB") << "before|RAM:                8 - low GB";
         QTest::newRow("field null with note")
