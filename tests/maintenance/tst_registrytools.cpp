@@ -46,8 +46,7 @@ QStringList sorted(QStringList list)
 
 } // namespace
 
-// The stores the tool reads and writes for the user and the machine: its own settings file,
-// mimeapps.list, desktop entries and environment.d.
+// The user's and machine's stores: settings file, mimeapps.list, desktop entries, environment.d.
 class tst_RegistryTools : public QObject
 {
     Q_OBJECT
@@ -78,9 +77,8 @@ private slots:
         QDir(m_environment.path(u"system-data/applications"_s)).removeRecursively();
     }
 
-    // Keys go under the pushed groups in the user's own file, a common key outside them. Removing
-    // a group takes its children and leaves the store at the top, until the groups are entered.
-    // The organization-wide file holds a key that plain QSettings would answer from; ours does not.
+    // Keys go under the pushed groups in the user's own file, common keys outside; removing a group
+    // takes its children. Unlike plain QSettings, the organization-wide file is not consulted.
     void groups()
     {
         QSettings organization(m_environment.path(u".config/Kelvanmoor.ini"_s),
@@ -120,65 +118,48 @@ private slots:
                 QString::fromUtf8(xdg.readAllStandardOutput()).trimmed()};
     }
 
-    // "Remove All Associations" over the user's file, as GLib reads it. Only the product's ids
-    // leave a line, in both groups; every other byte stays. The desktop (GIO, xdg-mime) agrees
-    // before and after. A product's name with a blank names desktop entries without it, and no
-    // product's name is taken for another's that it begins.
+    // "Remove All Associations" as GLib reads the file: only the product's ids go, in both groups,
+    // GIO and xdg-mime agree; "Corvanta" is neither "Corvanta Viewer" nor its entries.
     void associations_data()
     {
         QTest::addColumn<QString>("product");
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<QStringList>("listed");
-        QTest::addColumn<QByteArray>("after"); // the whole file after the removal
+        QTest::addColumn<QByteArray>("after"); // the whole file after the removal; empty: unchanged
         // GIO's and xdg-mime's, before and after. xdg-mime reads only [Default Applications] lines
         // that begin with the type, and the first of repeats.
         QTest::addColumn<QStringList>("defaults");
-        const QByteArray design = "application/x-corvanta-design";
+        const auto row = [](const char* name, const QByteArray& text, const QStringList& listed,
+                            const QByteArray& after, const QStringList& defaults,
+                            const QString& product = u"Corvanta"_s) {
+            QTest::newRow(name) << product << text << listed << after << defaults;
+        };
+        const QByteArray group = "[Default Applications]\n";
+        const QByteArray key = "application/x-corvanta-design=";
         const QString other = u"org.other.desktop"_s;
-        const QString product = u"Corvanta.desktop"_s;
-        QTest::newRow("both groups")
-            << u"Corvanta"_s << userMimeapps << QStringList{".cvd", ".cvdx"}
-            << QByteArray(userMimeapps)
-                   .replace(design + "=Corvanta.desktop;\n", "")
-                   .replace("= Corvanta.desktop;", "= ")
-            << QStringList{product, QString(), other, QString()};
-        QTest::newRow("another program's first")
-            << u"Corvanta"_s
-            << "[Default Applications]\n" + design + "=org.other.desktop;Corvanta.desktop;\n"
-            << QStringList() << QByteArray() << QStringList{other, other, other, other};
-        QTest::newRow("added only")
-            << u"Corvanta"_s
-            << "[Added Associations]\n" + design + "=Corvanta.desktop;org.other.desktop\n"
-            << QStringList{".cvd", ".cvdx"}
-            << "[Added Associations]\n" + design + "=org.other.desktop\n"
-            << QStringList{product, QString(), other, QString()};
-        QTest::newRow("last of repeats") << u"Corvanta"_s
-                                         << "[Default Applications]\n" + design
-                                                + "=org.other.desktop\n[Added Associations]\n"
-                                                  "[Default Applications]\n"
-                                                + design + "=Corvanta.desktop;\n"
-                                         << QStringList{".cvd", ".cvdx"}
-                                         << "[Default Applications]\n" + design
-                                                + "=org.other.desktop\n[Added Associations]\n"
-                                                  "[Default Applications]\n"
-                                         << QStringList{product, other, other, other};
-        QTest::newRow("stray bytes")
-            << u"Corvanta"_s
-            << "# caf\xe9\n[Default Applications]\n" + design + "=Corvanta.desktop;\nx/y=caf\xe9\n"
-            << QStringList{".cvd", ".cvdx"}
-            << QByteArray("# caf\xe9\n[Default Applications]\nx/y=caf\xe9\n")
-            << QStringList{product, product, QString(), QString()};
-        QTest::newRow("byte-order mark")
-            << u"Corvanta"_s
-            << "\xef\xbb\xbf[Default Applications]\n" + design + "=Corvanta.desktop\n"
-            << QStringList() << QByteArray()
-            << QStringList{QString(), QString(), QString(), QString()};
-        QTest::newRow("viewer") << u"Corvanta Viewer"_s << userMimeapps << QStringList{".cvv"}
-                                << QByteArray(userMimeapps)
-                                       .replace(
-                                           "application/x-corvanta-view=CorvantaViewer.desktop;",
-                                           "")
-                                << QStringList{product, QString(), product, QString()};
+        const QString ours = u"Corvanta.desktop"_s;
+        const QStringList both{u".cvd"_s, u".cvdx"_s};
+        row("both groups", userMimeapps, both,
+            QByteArray(userMimeapps)
+                .replace(key + "Corvanta.desktop;\n", "")
+                .replace("= Corvanta.desktop;", "= "),
+            {ours, {}, other, {}});
+        row("another program's first", group + key + "org.other.desktop;Corvanta.desktop;\n", {},
+            {}, {other, other, other, other});
+        row("added only", "[Added Associations]\n" + key + "Corvanta.desktop;org.other.desktop\n",
+            both, "[Added Associations]\n" + key + "org.other.desktop\n", {ours, {}, other, {}});
+        const QByteArray repeated =
+            group + key + "org.other.desktop\n[Added Associations]\n" + group;
+        row("last of repeats", repeated + key + "Corvanta.desktop;\n", both, repeated,
+            {ours, other, other, other});
+        row("stray bytes", "# caf\xe9\n" + group + key + "Corvanta.desktop;\nx/y=caf\xe9\n", both,
+            "# caf\xe9\n" + group + "x/y=caf\xe9\n", {ours, ours, {}, {}});
+        row("byte-order mark", "\xef\xbb\xbf" + group + key + "Corvanta.desktop\n", {}, {},
+            {{}, {}, {}, {}});
+        row("viewer", userMimeapps, {u".cvv"_s},
+            QByteArray(userMimeapps)
+                .replace("application/x-corvanta-view=CorvantaViewer.desktop;", ""),
+            {ours, {}, ours, {}}, u"Corvanta Viewer"_s);
     }
 
     void associations()
@@ -228,9 +209,8 @@ private slots:
         QVERIFY(productAssociations(product, false).isEmpty());
     }
 
-    // As the desktop's menu shows them: "env" and its assignments are passed over, and the
-    // user's entry hides the machine's with the same id. The support tool's own entry, by its
-    // name or by its program, is no copy of the product.
+    // As the menu shows them: "env" and assignments skipped, the user's entry hiding the machine's
+    // of the same id; the support tool's own entry (by name or program) is not the product.
     void installedProgramsFromDesktopEntries()
     {
         QVERIFY(putFile(data(u"applications/Corvanta.desktop"_s),
@@ -265,8 +245,7 @@ private slots:
         QCOMPARE(named.first().DisplayName, u"Corvanta"_s);
     }
 
-    // Our file's assignment is replaced in place, line ends and all, its repeats dropped and other
-    // lines kept; the files are read in order, the later winning.
+    // Ours is replaced in place (line ends kept, repeats dropped); files read in order, last wins.
     void environmentRoundTrip()
     {
         const QString ours = config(u"environment.d/60-corvanta-support.conf"_s);
@@ -293,8 +272,7 @@ private slots:
         QVERIFY(putFile(ours, "QT_AUTO_SCREEN_SCALE_FACTOR=0\n\n"));
         QVERIFY(removeEnvironmentVariable(scaleName));
         QVERIFY(!QFileInfo::exists(ours));
-        // A folder where our file should be cannot be read, not even by root; the later file
-        // still counts.
+        // A folder in our file's place cannot be read, even by root; the later file still counts.
         QVERIFY(QDir().mkpath(ours));
         QCOMPARE(environmentVariable(scaleName), u"2"_s);
     }

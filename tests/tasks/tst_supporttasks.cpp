@@ -110,8 +110,7 @@ class tst_SupportTasks : public QObject
 private slots:
     void init() { journal.clear(); }
 
-    // An empty batch or table ends within start(), a vanished table is ignored; none brings up
-    // its dialog, not even by its four-second show timer.
+    // Empty batches and tables end in start(), vanished ones are ignored; no dialog ever shows.
     void nothingToDo()
     {
         SupportTaskManager manager;
@@ -137,9 +136,8 @@ private slots:
             QVERIFY(!dialog->isVisible());
     }
 
-    // One worker thread, ascending by kind; main-thread steps on the GUI thread just before. The
-    // dialog shows from the first event loop turn, and neither Esc nor a window manager's close
-    // ends it. Quitting while a collector is busy for over 10 s must end without aborting.
+    // One worker thread by kind, main-thread steps just before; the dialog shows at once and
+    // resists Esc and close. Quitting while a collector is busy for over 10 s must not abort.
     void loading()
     {
         RecordingData::Journal journal;
@@ -195,8 +193,7 @@ private slots:
         QVERIFY(!progressDialog());
     }
 
-    // A start from inside a running task only queues; tasks queued after a cancel wait for the
-    // next start, or die with the manager.
+    // A start inside a running task only queues; after a cancel, queued tasks wait or die with it.
     void batches()
     {
         {
