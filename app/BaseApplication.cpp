@@ -3,6 +3,8 @@
 #include "SystemErrorText.h"
 
 #include <QDebug>
+#include <QFontDatabase>
+#include <QFontInfo>
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QMutex>
@@ -69,8 +71,24 @@ void BaseApplication::deleteBeforeShutdown(QObject* object)
 
 QStringList BaseApplication::monospaceFontFamilies()
 {
-    return {QStringLiteral("Consolas"), QStringLiteral("Lucida Sans Typewriter"),
-            QStringLiteral("Courier"), QStringLiteral("Courier New"), QStringLiteral("monospace")};
+    QStringList families{QStringLiteral("Consolas"), QStringLiteral("Lucida Sans Typewriter"),
+                         QStringLiteral("Courier"), QStringLiteral("Courier New"),
+                         QStringLiteral("monospace")};
+    // Last, a fixed-pitch family the machine has: the one its own fixed font resolves to, else
+    // the first the font database knows. Wine has none of the names above, and "monospace" is
+    // only an alias of fontconfig, which may resolve to a proportional font.
+    const QFontInfo systemFixed(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    QString fallback = systemFixed.fixedPitch() ? systemFixed.family() : QString();
+    const QStringList installed = QFontDatabase::families();
+    for (auto family = installed.cbegin(); fallback.isEmpty() && family != installed.cend();
+         ++family) {
+        // "@" names the vertical variant of a Windows font.
+        if (QFontDatabase::isFixedPitch(*family) && !family->startsWith(QLatin1Char('@')))
+            fallback = *family;
+    }
+    if (!fallback.isEmpty() && !families.contains(fallback))
+        families.append(fallback);
+    return families;
 }
 
 QFont BaseApplication::monospaceFont()

@@ -25,6 +25,7 @@ public:
     // Safe from any thread; null is ignored. Objects deleted earlier by their owners are skipped.
     void deleteBeforeShutdown(QObject* object);
 
+    // The fixed-pitch families to look for, in order of preference; needs the GUI application.
     static QStringList monospaceFontFamilies();
     static QFont monospaceFont();
     static QString windowsErrorText(const QString& prefix, uint code);

@@ -102,9 +102,11 @@ bool readReport(const QString& path, ReportDocument* document, QString* reason)
 
 // Prints the report, the same text "Copy Report" gives, for support desks working over a remote
 // shell; or saves it, or compares it with an earlier one. The desktop's display is used when
-// there is one, the offscreen platform otherwise.
+// there is one, the offscreen platform otherwise. Windows always has a desktop, and its own
+// platform describes the real screens.
 int main(int argc, char** argv)
 {
+#ifndef Q_OS_WIN
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
         if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
             qputenv("QT_QPA_PLATFORM", "wayland;xcb;offscreen");
@@ -113,6 +115,7 @@ int main(int argc, char** argv)
         else
             qputenv("QT_QPA_PLATFORM", "offscreen");
     }
+#endif
 
     // The help, the version and a refusal are answered before the window system is reached, so
     // that they print their answer alone (not Qt's "XDG_RUNTIME_DIR not set", for one).

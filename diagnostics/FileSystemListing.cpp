@@ -2,7 +2,6 @@
 
 #include "BasicTextProcessor.h"
 
-#include <QProcess>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -23,28 +22,6 @@ QString withSizeTexts(const QString& listing)
     }
     result += QStringView(listing).mid(copied);
     return result;
-}
-
-QString powerShellListing()
-{
-    const QList<QStringList> commands{
-        {QStringLiteral("get-wmiobject"), QStringLiteral("win32_logicaldisk")},
-        {QStringLiteral("get-wmiobject"), QStringLiteral("win32_mappedlogicaldisk")},
-        {QStringLiteral("net"), QStringLiteral("view")},
-        {QStringLiteral("net"), QStringLiteral("use")},
-    };
-    QString listing;
-    for (const QStringList& command : commands) {
-        QProcess process;
-        // The shell ends itself once the command is done.
-        process.start(QStringLiteral("powershell.exe"),
-                      command + QStringList{QStringLiteral("; Stop-Process $pid")},
-                      QIODevice::ReadWrite);
-        process.waitForFinished(60000);
-        listing += withSizeTexts(QString::fromUtf8(process.readAllStandardOutput()));
-        listing += QString::fromUtf8(process.readAllStandardError());
-    }
-    return listing;
 }
 
 QString volumeListing(const QList<MountedVolume>& volumes)

@@ -9,7 +9,6 @@
 #include <QGuiApplication>
 #include <QHostInfo>
 #include <QNetworkInterface>
-#include <QProcess>
 #include <QScreen>
 #include <QSet>
 
@@ -245,20 +244,6 @@ QString SystemProfile::versionName(int kind, const QString& version)
         }
     }
     return QStringLiteral("?");
-}
-
-QString SystemProfile::runWmic(const QString& query)
-{
-    QStringList arguments{QStringLiteral("/interactive:off")};
-    arguments += query.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    QProcess process;
-    process.start(QStringLiteral("wmic"), arguments, QIODevice::ReadOnly);
-    if (!process.waitForStarted(30000))
-        return {};
-    // Without this wmic waits for console input.
-    process.closeWriteChannel();
-    process.waitForFinished(30000);
-    return QString::fromUtf8(process.readAllStandardOutput()).simplified();
 }
 
 bool SystemProfile::isVirtualMacAddress(const QString& mac)

@@ -54,7 +54,6 @@ public:
 
     // Kind 1 is Windows, kind 2 macOS; "?" for what the table does not know.
     static QString versionName(int kind, const QString& version);
-    static QString runWmic(const QString& query);
     static bool isVirtualMacAddress(const QString& mac);
 
 private:

@@ -5,8 +5,9 @@
 #include <QString>
 #include <QStringList>
 
-// Pure readers of what the machine prints about itself: wmic answers (already collapsed to one
-// line by SystemProfile::runWmic) and the Linux files under /etc, /proc and /sys.
+// Pure readers of what the machine says about itself: wmic's list answers (on Windows read from
+// WMI in that form; the one-value answers collapsed to one line) and the Linux files under /etc,
+// /proc and /sys.
 namespace SystemProfileParsers {
 
 // One adapter of the wmic network-card listing.

@@ -4,9 +4,25 @@
 #include "SystemProfilePlatform.h"
 
 #include "win32/sysinfo.h"
+#include "win32/wmi.h"
 
+#include <QDebug>
 #include <QHostInfo>
 #include <QOperatingSystemVersion>
+
+namespace {
+
+// What "wmic <alias> get <names> /Format:list" printed, read from the same WMI class without
+// starting wmic.exe.
+QString wmicList(const wchar_t* className, const std::vector<std::wstring>& names)
+{
+    return QString::fromStdWString(win32::wmicList(
+        names, win32::wmiInstances(className, names, [](const std::string& message) {
+            qDebug().noquote() << QString::fromStdString(message);
+        })));
+}
+
+} // namespace
 
 namespace SystemProfilePlatform {
 
@@ -25,10 +41,11 @@ Facts facts()
     facts.osFamily = QStringLiteral("Windows");
     facts.executableSuffix = QStringLiteral("exe");
 
+    // The one-value answers are read as one line, as they always were.
     const QOperatingSystemVersion running = QOperatingSystemVersion::current();
     facts.osVersion = SystemProfileParsers::windowsVersion(
-        SystemProfile::runWmic(QStringLiteral("os get caption /Format:list")),
-        running.majorVersion(), running.minorVersion());
+        wmicList(L"Win32_OperatingSystem", {L"Caption"}).simplified(), running.majorVersion(),
+        running.minorVersion());
     facts.osName =
         facts.osFamily + QLatin1Char(' ') + SystemProfile::versionName(1, facts.osVersion);
 
@@ -40,19 +57,20 @@ Facts facts()
     facts.userName = QString::fromStdWString(names.userName);
 
     facts.is64Bit = SystemProfileParsers::addressWidthIs64(
-        SystemProfile::runWmic(QStringLiteral("cpu get AddressWidth /Format:list")));
+        wmicList(L"Win32_Processor", {L"AddressWidth"}).simplified());
     facts.cpuArchitecture = facts.is64Bit ? QStringLiteral("x86_64") : QStringLiteral("x86");
 
     facts.memoryGiB = SystemProfileParsers::memoryGiB(
-        SystemProfile::runWmic(QStringLiteral("memorychip get Capacity /Format:list")),
+        wmicList(L"Win32_PhysicalMemory", {L"Capacity"}).simplified(),
         win32::totalPhysicalMemory());
     return facts;
 }
 
 QStringList physicalAdapterAddresses()
 {
-    return SystemProfileParsers::physicalAdapterAddresses(SystemProfile::runWmic(
-        QStringLiteral("nic get adaptertype,description,macaddress /Format:list")));
+    // With its line ends: each adapter is a record of three lines.
+    return SystemProfileParsers::physicalAdapterAddresses(
+        wmicList(L"Win32_NetworkAdapter", {L"AdapterType", L"Description", L"MACAddress"}));
 }
 
 } // namespace SystemProfilePlatform

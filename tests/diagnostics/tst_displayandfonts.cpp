@@ -1,3 +1,4 @@
+#include "BaseApplication.h"
 #include "ReportExport.h"
 #include "SupportDisplayData.h"
 #include "SupportDisplayTab.h"
@@ -51,8 +52,8 @@ public:
     }
 
 private slots:
-    // The fixed font is the first installed one of the list. A missing font has only its name
-    // line, no picture and no row on the page.
+    // The fixed font is the first installed one of the list, by default ending with the system's
+    // own. A missing font has only its name line, no picture and no row on the page.
     void fonts()
     {
         SupportFontsData none({u"Consolas"_s, u"Courier New"_s});
@@ -65,6 +66,8 @@ private slots:
         QCOMPARE(fonts.slot(0).name + u'=' + QFontInfo(*fonts.slot(0).font).family(),
                  u"DejaVu Serif=DejaVu Serif"_s);
         QCOMPARE(fonts.errors(), QStringList{u"Verdana font not found."_s});
+        // Where none of the usual names is installed, the system's own fixed font still is.
+        QCOMPARE(BaseApplication::monospaceFontFamilies().constLast(), u"DejaVu Sans Mono"_s);
         // The embedded font's block, each value padded to 20.
         const QStringList lines = block(*fonts.text(), u"Sequence-Regular"_s);
         for (const char* line :

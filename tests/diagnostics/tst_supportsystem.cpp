@@ -50,26 +50,9 @@ class tst_SupportSystem : public QObject
     Q_OBJECT
 
     TestEnvironment m_environment;
-    QByteArray m_path = qgetenv("PATH");
-
-    // A wmic printing WMIC_OUTPUT and a powershell.exe printing its arguments.
-    QString standIns() const { return m_environment.path(u"bin"_s); }
 
 private slots:
-    void initTestCase()
-    {
-        QVERIFY(m_environment.isValid());
-        for (const auto& [name, script] :
-             {std::pair{"wmic", "#!/bin/sh\nd=$(dirname \"$0\")\nprintf '%s\\n' \"$@\" > "
-                                "\"$d/arguments\"\ncat \"$WMIC_OUTPUT\"\n"},
-              {"powershell.exe", "#!/bin/sh\nfor a in \"$@\"; do printf '[%s]' \"$a\"; done\n"
-                                 "printf '\\nSize : 2048\\n'\nprintf 'Size : 4096\\n' >&2\n"}}) {
-            const QString file = standIns() + '/' + name;
-            QVERIFY(putFile(file, script));
-            QVERIFY(QFile::setPermissions(file, QFile::ReadOwner | QFile::ExeOwner));
-        }
-        qputenv("PATH", standIns().toUtf8() + ':' + m_path);
-    }
+    void initTestCase() { QVERIFY(m_environment.isValid()); }
 
     // First, so that the profile is made here, by whichever of two threads asks first.
     void linuxProfile()
@@ -129,13 +112,11 @@ private slots:
                    "VolumeName   : 256060514304\r\nSize : 1024\r\nFreeSpace : 1024000000\r\n"_s)
             << u"FreeSpace    : 1 GB\r\nSize         : 238.5 GB\r\nVolumeName   : 256060514304\r\n"
                "Size : 1 KB\r\nFreeSpace : 976.6 MB\r\n"_s;
-        // Virtual prefixes (the table's first and last), special or not Ethernet go. runWmic's
-        // one-line answer holds no record.
+        // Virtual prefixes (the table's first and last), special or not Ethernet go.
         QStringList adapters = physicalAdapterAddresses(adapterListing);
         adapters.sort();
-        QTest::newRow("adapters")
-            << adapters.join(' ') + '|' + n(adapterRecords(adapterListing.simplified()).size())
-            << u"00-15-5D-01-02-03 00-50-56-C0-00-08 3C-7C-3F-11-22-33 f0-5d-89-00-00-01|0"_s;
+        QTest::newRow("adapters") << adapters.join(
+            ' ') << u"00-15-5D-01-02-03 00-50-56-C0-00-08 3C-7C-3F-11-22-33 f0-5d-89-00-00-01"_s;
         // Local disks first, by mount point, then network shares.
         QTest::newRow("volume blocks")
             << volumeListing({})
@@ -154,29 +135,6 @@ private slots:
     {
         QFETCH(QString, parsed);
         QTEST(parsed, "expected");
-    }
-
-    void windowsPrograms()
-    {
-        QVERIFY(putFile(m_environment.path(u"caption"_s),
-                        "\r\n\r\nCaption=Microsoft Windows 11 Pro  \r\n\r\n\r\n"));
-        qputenv("WMIC_OUTPUT", m_environment.path(u"caption"_s).toUtf8());
-        QCOMPARE(SystemProfile::runWmic(u" os  get caption /Format:list"_s),
-                 u"Caption=Microsoft Windows 11 Pro"_s);
-        QCOMPARE(fileBytes(standIns() + u"/arguments"_s),
-                 "/interactive:off\nos\nget\ncaption\n/Format:list\n");
-
-        QString expected;
-        for (const char* command :
-             {"[get-wmiobject][win32_logicaldisk]", "[get-wmiobject][win32_mappedlogicaldisk]",
-              "[net][view]", "[net][use]"})
-            expected += QLatin1String(command) + u"[; Stop-Process $pid]\nSize : 2 KB\n"_s
-                        + u"Size : 4096\n"_s;
-        QCOMPARE(powerShellListing(), expected);
-
-        qputenv("PATH", m_environment.path(u"empty"_s).toUtf8());
-        QCOMPARE(SystemProfile::runWmic(u"os get caption /Format:list"_s), QString());
-        qputenv("PATH", standIns().toUtf8() + ':' + m_path);
     }
 
     void sysfsTrees()

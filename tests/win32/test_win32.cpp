@@ -2,6 +2,7 @@
 #include "win32/fileops.h"
 #include "win32/registry.h"
 #include "win32/sysinfo.h"
+#include "win32/wmi.h"
 
 #include <gtest/gtest.h>
 
@@ -321,4 +322,60 @@ TEST_F(FileOps, CopyKeepsContentAndRestoredTimesMoveReplaces)
     EXPECT_FALSE(fs::exists(destination));
     EXPECT_EQ(content(replaced), "copied content");
     EXPECT_FALSE(win32::moveFile(destination, file(L"d.txt")));
+}
+
+// WMI over COM, rendered as wmic and PowerShell print it. The test runs in a private network whose
+// one Ethernet adapter has the address 3c:7c:3f:11:22:33 (see CMakeLists.txt).
+TEST(Wmi, MachineFactsInTheFormsTheirReadersExpect)
+{
+    std::string failures;
+    const win32::WmiLogger log = [&failures](const std::string& message) {
+        failures += message + "\n";
+    };
+    const auto wmic = [&log](const wchar_t* className, const std::vector<std::wstring>& names) {
+        return win32::wmicList(names, win32::wmiInstances(className, names, log));
+    };
+
+    EXPECT_NE(wmic(L"Win32_OperatingSystem", {L"Caption"}).find(L"\r\nCaption=Microsoft Windows "),
+              std::wstring::npos);
+    EXPECT_NE(wmic(L"Win32_Processor", {L"AddressWidth"}).find(L"\r\nAddressWidth=64\r\n"),
+              std::wstring::npos);
+    // Installed memory is at least what the system can use.
+    unsigned long long installed = 0;
+    for (const auto& chip : win32::wmiInstances(L"Win32_PhysicalMemory", {L"Capacity"}, log))
+        installed += std::stoull(chip.at(0));
+    EXPECT_GE(installed, win32::totalPhysicalMemory());
+    EXPECT_GT(win32::totalPhysicalMemory(), 0u);
+
+    const std::wstring adapters =
+        wmic(L"Win32_NetworkAdapter", {L"AdapterType", L"Description", L"MACAddress"});
+    EXPECT_NE(adapters.find(L"\r\nAdapterType=Ethernet 802.3\r\nDescription=cvt0\r\n"
+                            L"MACAddress=3C-7C-3F-11-22-33\r\n"),
+              std::wstring::npos)
+        << std::string(adapters.begin(), adapters.end());
+
+    const std::vector<std::wstring> diskNames{L"DeviceID", L"FileSystem", L"FreeSpace", L"Size"};
+    const std::wstring disks =
+        win32::powerShellList(diskNames, win32::wmiInstances(L"Win32_LogicalDisk", diskNames, log));
+    const size_t drive = disks.find(L"\r\nDeviceID   : C:\r\nFileSystem : ");
+    ASSERT_NE(drive, std::wstring::npos) << std::string(disks.begin(), disks.end());
+    const size_t size = disks.find(L"Size       : ", drive);
+    ASSERT_NE(size, std::wstring::npos);
+    EXPECT_GT(std::stoull(disks.substr(size + 13)), 0u);
+    EXPECT_EQ(failures, "");
+
+    EXPECT_TRUE(win32::wmiInstances(L"Win32_Processor WHERE", {L"Name"}, log).empty());
+    EXPECT_NE(failures.find(" for Win32_Processor WHERE failed: 0x8004"), std::string::npos)
+        << failures;
+}
+
+TEST(Wmi, MacAddressesInWindowsForm)
+{
+    for (const auto& [given, expected] : std::vector<std::pair<std::wstring, std::wstring>>{
+             {L"3c:7c:3f:0a:b2:ff", L"3C-7C-3F-0A-B2-FF"},
+             {L"00-00-00-00-00-00-00-e0", L"00-00-00-00-00-00-00-E0"},
+             {L"", L""},
+             {L"3c:7c:3f:0a:b2:f", L"3c:7c:3f:0a:b2:f"},
+             {L"Intel 3c:7c", L"Intel 3c:7c"}})
+        EXPECT_EQ(win32::macAddressText(given), expected);
 }
