@@ -159,6 +159,11 @@ private slots:
         QTest::newRow("permissions link, refused, kept")
             << u"records"_s << u"#deletePathDATA/userUUID.txt"_s << u"No"_s
             << QStringList{"Delete for Good?|" + refused("DATA/userUUID.txt")} << QStringList();
+        // The link's byte that is not UTF-8 reaches the file; the box shows it as the desktop does.
+        QTest::newRow("permissions link, not UTF-8, refused, kept")
+            << u"records"_s << u"#deletePathDATA/temp/not %FF UTF-8"_s << u"No"_s
+            << QStringList{"Delete for Good?|" + refused("DATA/temp/not \uFFFD UTF-8")}
+            << QStringList();
         // A link to nothing is listed and goes itself.
         QTest::newRow("permissions link, dangling link")
             << QString() << u"#deletePathDATA/dangling"_s << QString() << QStringList()
