@@ -1,30 +1,33 @@
 #include "ReportFragments.h"
 
+#include "FileNames.h"
 #include "SupportData.h"
 
 #include <QHash>
 #include <QMutex>
 #include <QMutexLocker>
 #include <QRegularExpression>
-#include <QUrl>
 
 namespace {
 
 // Quotes, markup characters, "%" and control characters would break the quoted href or be
 // misread when the link comes back; everything else stays as it is so ordinary paths keep their
-// plain form.
+// plain form. A byte of a file name that is not UTF-8 goes as that byte, so the link leads to
+// exactly that name.
 QString encodedHref(const QString& href)
 {
     QString result;
     result.reserve(href.size());
-    for (const QChar c : href) {
-        const char16_t u = c.unicode();
+    for (qsizetype i = 0; i < href.size(); ++i) {
+        const char16_t u = href.at(i).unicode();
+        const bool rawByte = u >= 0xdc80 && u <= 0xdcff && isRawFileNameByte(href, i);
         if (u == '%' || u == '\'' || u == '"' || u == '<' || u == '>' || u == '&' || u < 0x20
-            || u == 0x7f) {
+            || u == 0x7f || rawByte) {
+            const char16_t byte = rawByte ? u - 0xdc00 : u;
             result += QLatin1Char('%')
-                      + QString::number(u, 16).toUpper().rightJustified(2, QLatin1Char('0'));
+                      + QString::number(byte, 16).toUpper().rightJustified(2, QLatin1Char('0'));
         } else {
-            result += c;
+            result += href.at(i);
         }
     }
     return result;
@@ -197,7 +200,7 @@ QList<ReportField> renderedFields(const QString* page)
 QString link(const QString& text, const QString& href, const QString& attributes)
 {
     return QStringLiteral("<a href='%1' %2>%3</a>")
-        .arg(encodedHref(href), attributes, text.toHtmlEscaped());
+        .arg(encodedHref(href), attributes, displayFileName(text).toHtmlEscaped());
 }
 
 QString actionLink(const QString& text, const QString& action)
@@ -218,7 +221,7 @@ QString removeLink(const QString& action)
 
 QString decodedLink(const QString& href)
 {
-    return QUrl::fromPercentEncoding(href.toUtf8());
+    return decodeFileName(QByteArray::fromPercentEncoding(href.toUtf8()));
 }
 
 QString preformatted(const QString& text)

@@ -1,8 +1,10 @@
+#include "FileNames.h"
 #include "FuzzSupport.h"
 #include "ReportFragments.h"
 
 // The href encoding of the link helpers: whatever a path or action holds, the href stays inside its
-// quotes and decodes to exactly what went in. Input: any bytes, read as UTF-8.
+// quotes and decodes to exactly what went in. Input: any bytes, read as a file name, so that bytes
+// that are not UTF-8 come back as themselves.
 
 namespace {
 
@@ -34,6 +36,7 @@ void checkRoundTrip(const QString& text)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    checkRoundTrip(QString::fromUtf8(reinterpret_cast<const char*>(data), qsizetype(size)));
+    checkRoundTrip(
+        decodeFileName(QByteArray(reinterpret_cast<const char*>(data), qsizetype(size))));
     return 0;
 }

@@ -1,6 +1,9 @@
 #include "BaseSettings.h"
 
+#include "FileDirTools.h"
+
 #include <QCoreApplication>
+#include <QStandardPaths>
 
 struct BaseSettings::Private
 {
@@ -17,11 +20,28 @@ BaseSettings::BaseSettings(const QString& applicationName)
 
 BaseSettings::~BaseSettings() = default;
 
+QString BaseSettings::fileName(const QString& applicationName)
+{
+    // Where QSettings keeps a user's INI file, worked out without reading anything.
+    QString folder;
+#ifdef Q_OS_WIN
+    standardFolderPath(0, folder);
+#else
+    folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+#endif
+    const QString organization = QCoreApplication::organizationName();
+    return QStringLiteral("%1/%2/%3.ini")
+        .arg(folder, organization.isEmpty() ? QStringLiteral("Unknown Organization") : organization,
+             applicationName.isEmpty() ? QCoreApplication::applicationName() : applicationName);
+}
+
 QSharedPointer<QSettings> BaseSettings::openSettings(const QString& applicationName)
 {
-    auto settings = QSharedPointer<QSettings>::create(
-        QSettings::IniFormat, QSettings::UserScope, QCoreApplication::organizationName(),
-        applicationName.isEmpty() ? QCoreApplication::applicationName() : applicationName);
+    // QSettings reads its file as it is made. Made from the one file, so that no other is read;
+    // a file that is not safe to read is left alone, and the settings are then kept nowhere.
+    const QString path = fileName(applicationName);
+    auto settings = QSharedPointer<QSettings>::create(isSafeToRead(path) ? path : QString(),
+                                                      QSettings::IniFormat);
     settings->setFallbacksEnabled(false);
     return settings;
 }

@@ -17,6 +17,8 @@ public:
     explicit BaseSettings(const QString& applicationName = QString());
     virtual ~BaseSettings();
 
+    // The user's INI file of the application; an empty name gives the running application's.
+    static QString fileName(const QString& applicationName);
     // A missing key is never looked up in the system-wide or organization-wide files.
     static QSharedPointer<QSettings> openSettings(const QString& applicationName);
 

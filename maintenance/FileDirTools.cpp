@@ -22,7 +22,7 @@ const int recycleBinTries = 10;
 const int moveTries = 20;
 const int retryDelayMs = 100;
 const qint64 copyChunk = 1 << 20;
-const int writeAccess = 3;
+const int writeAccessFlags = 3;
 
 QString tr(const char* text)
 {
@@ -195,6 +195,28 @@ bool entryExists(const QString& path)
 {
     return !path.isEmpty()
            && FileDirPlatform::entryKind(path) != FileDirPlatform::EntryKind::Missing;
+}
+
+bool isSafeToRead(const QString& path)
+{
+    const QFileInfo info(path);
+    if (!info.exists() || info.isFile())
+        return true;
+    qDebug().noquote() << QStringLiteral("Not read: \"%1\" is not a regular file.").arg(path);
+    return false;
+}
+
+WriteAccess writeAccess(const QString& path)
+{
+#ifdef Q_OS_WIN
+    // Names there are UTF-16, which Qt takes whole.
+    const QFileInfo info(path);
+    return info.isWritable()                    ? WriteAccess::Writable
+           : info.isSymLink() && !info.exists() ? WriteAccess::LeadsNowhere
+                                                : WriteAccess::NotWritable;
+#else
+    return FileDirPlatform::writeAccess(path);
+#endif
 }
 
 bool exceedsRecycleBinPathLimit(const QString& nativePath)
@@ -406,7 +428,7 @@ int openChecked(const QString& path, int flags, QString* errorText)
 {
     if (path.isEmpty())
         return -1;
-    if (const QString refusal = descriptorRefusal(path, (flags & writeAccess) != 0);
+    if (const QString refusal = descriptorRefusal(path, (flags & writeAccessFlags) != 0);
         !refusal.isEmpty()) {
         fail(errorText, refusal);
         return -1;

@@ -26,6 +26,19 @@ QString permissionsText(const QString& path, bool compact);
 // Whether anything is at the path, a link to nothing included, whatever bytes its name is.
 bool entryExists(const QString& path);
 
+// Whether a file may be opened for reading. Anything but a regular file is refused unopened, and
+// the reason logged: a FIFO would hold the open until a writer comes, a device may never end. A
+// missing file passes; its open fails by itself.
+bool isSafeToRead(const QString& path);
+
+enum class WriteAccess {
+    Writable,
+    NotWritable,
+    LeadsNowhere, // a link to nothing
+};
+// Whether the user may write what the path leads to, whatever bytes its name is.
+WriteAccess writeAccess(const QString& path);
+
 // The Recycle Bin takes native paths of at most 258 characters (MAX_PATH less the list's two
 // terminating zeros).
 bool exceedsRecycleBinPathLimit(const QString& nativePath);

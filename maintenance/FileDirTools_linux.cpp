@@ -249,6 +249,19 @@ QList<DirectoryEntry> folderEntries(const QString& folder)
     return entries;
 }
 
+WriteAccess writeAccess(const QString& path)
+{
+    // As QFileInfo judges: the user's own access to what the path leads to.
+    const QByteArray bytes = encoded(path);
+    if (::access(bytes.constData(), W_OK) == 0)
+        return WriteAccess::Writable;
+    struct stat status;
+    return ::stat(bytes.constData(), &status) != 0 && ::lstat(bytes.constData(), &status) == 0
+                   && S_ISLNK(status.st_mode)
+               ? WriteAccess::LeadsNowhere
+               : WriteAccess::NotWritable;
+}
+
 bool removeEntry(const QString& path, bool isFolder)
 {
     const QByteArray bytes = encoded(path);

@@ -41,22 +41,36 @@ QString decodeFileName(const QByteArray& bytes)
     return name;
 }
 
+bool isRawFileNameByte(QStringView name, qsizetype index)
+{
+    const char16_t u = name.at(index).unicode();
+    return u >= 0xdc80 && u <= 0xdcff && !(index > 0 && name.at(index - 1).isHighSurrogate());
+}
+
 QByteArray encodeFileName(const QString& name)
 {
     QByteArray bytes;
     bytes.reserve(name.size());
     qsizetype start = 0;
     for (qsizetype i = 0; i < name.size(); ++i) {
-        const QChar c = name.at(i);
-        const bool paired = i > 0 && name.at(i - 1).isHighSurrogate();
-        if (c.unicode() < 0xdc80 || c.unicode() > 0xdcff || paired)
+        if (!isRawFileNameByte(name, i))
             continue;
         bytes += QStringView(name).mid(start, i - start).toUtf8();
-        bytes += char(c.unicode() - 0xdc00);
+        bytes += char(name.at(i).unicode() - 0xdc00);
         start = i + 1;
     }
     bytes += QStringView(name).mid(start).toUtf8();
     return bytes;
+}
+
+QString displayFileName(const QString& name)
+{
+    QString shown = name;
+    for (qsizetype i = 0; i < name.size(); ++i) {
+        if (isRawFileNameByte(name, i))
+            shown[i] = QChar::ReplacementCharacter;
+    }
+    return shown;
 }
 
 QStringList mountPointsFromMountInfo(const QByteArray& text)

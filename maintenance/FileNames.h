@@ -12,6 +12,10 @@
 // removed like any other.
 QString decodeFileName(const QByteArray& bytes);
 QByteArray encodeFileName(const QString& name);
+// Whether the character at the index stands for such a byte.
+bool isRawFileNameByte(QStringView name, qsizetype index);
+// The name as the desktop shows it: each byte that is not UTF-8 as the replacement character.
+QString displayFileName(const QString& name);
 
 // The mount points in the text of /proc/self/mountinfo, in its order.
 QStringList mountPointsFromMountInfo(const QByteArray& text);

@@ -1,5 +1,7 @@
 #include "RegistryTools.h"
 
+#include "FileDirTools.h"
+
 #include <QDeadlineTimer>
 #include <QDebug>
 #include <QDir>
@@ -26,6 +28,8 @@ constexpr qint64 maximumFileSize = 4 * 1024 * 1024;
 
 bool readSmallFile(const QString& path, QByteArray* text)
 {
+    if (!isSafeToRead(path))
+        return false;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return false;

@@ -1,6 +1,7 @@
 #include "RemovalDialogs.h"
 
 #include "FileDirTools.h"
+#include "FileNames.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -8,10 +9,12 @@
 
 namespace {
 
+// Texts name paths; a byte of a name that is not UTF-8 shows as the desktop shows it.
 void tell(const QString& text)
 {
     QMessageBox::warning(QApplication::activeWindow(),
-                         QCoreApplication::translate("RemovalDialogs", "Not Removed"), text);
+                         QCoreApplication::translate("RemovalDialogs", "Not Removed"),
+                         displayFileName(text));
 }
 
 // A linked folder's data is not where the link was.
@@ -47,7 +50,7 @@ bool trashForUser(const QStringList& paths)
     if (!notes.isEmpty())
         QMessageBox::information(QApplication::activeWindow(),
                                  QCoreApplication::translate("RemovalDialogs", "Link Removed"),
-                                 notes.join(QLatin1Char('\n')));
+                                 displayFileName(notes.join(QLatin1Char('\n'))));
     if (!failed.isEmpty())
         tell(refusals);
     return failed.isEmpty();
@@ -63,7 +66,7 @@ void trashOrDeleteForUser(const QString& path)
         if (!note.isEmpty())
             QMessageBox::information(QApplication::activeWindow(),
                                      QCoreApplication::translate("RemovalDialogs", "Link Removed"),
-                                     note);
+                                     displayFileName(note));
         return;
     }
     const QMessageBox::StandardButton answer = QMessageBox::question(
@@ -71,7 +74,7 @@ void trashOrDeleteForUser(const QString& path)
         QCoreApplication::translate("RemovalDialogs", "Delete for Good?"),
         QCoreApplication::translate("RemovalDialogs",
                                     "%1\n\nDelete \"%2\" for good instead? This cannot be undone.")
-            .arg(refusal, path),
+            .arg(displayFileName(refusal), displayFileName(path)),
         QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
     if (answer != QMessageBox::Yes)
         return;
@@ -81,5 +84,5 @@ void trashOrDeleteForUser(const QString& path)
     else if (!note.isEmpty())
         QMessageBox::information(QApplication::activeWindow(),
                                  QCoreApplication::translate("RemovalDialogs", "Link Removed"),
-                                 note);
+                                 displayFileName(note));
 }

@@ -16,11 +16,10 @@ namespace {
 
 const qint64 maxIdentifierBytes = 4096;
 
-// Only a regular file is read: opening a FIFO would wait for a writer for ever, and a device
-// may never end. The identifier is one line; its line end is not part of it.
+// The identifier is one line; its line end is not part of it.
 QString identifierText(const QString& path)
 {
-    if (!QFileInfo(path).isFile())
+    if (!isSafeToRead(path))
         return {};
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
@@ -184,7 +183,7 @@ QString SupportCorvantaData::productTempPath(const QString& productName)
 
 QString SupportCorvantaData::settingsFileName(const QString& productName)
 {
-    return BaseSettings::openSettings(productName)->fileName();
+    return BaseSettings::fileName(productName);
 }
 
 QStringList SupportCorvantaData::furtherDataPaths(const QString& productName)

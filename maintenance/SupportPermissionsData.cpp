@@ -1,12 +1,12 @@
 #include "SupportPermissionsData.h"
 
+#include "FileDirTools.h"
+#include "FileDirTools_p.h"
 #include "RemovalDialogs.h"
 #include "ReportFragments.h"
 #include "SupportCorvantaData.h"
 
 #include <QDebug>
-#include <QDir>
-#include <QDirIterator>
 #include <QFileInfo>
 #include <QMap>
 #include <QSet>
@@ -15,8 +15,6 @@
 
 namespace {
 
-const QDir::Filters everyEntry =
-    QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
 const QString deleteAction = QStringLiteral("deletePath");
 
 } // namespace
@@ -28,35 +26,45 @@ struct SupportPermissionsData::Private
 
     QSet<QString> danglingLinks;
 
-    void record(const QFileInfo& info)
+    void record(const QString& path)
     {
+        const WriteAccess access = writeAccess(path);
         // A link to nothing has no state of its own to tell, and can still be removed.
-        if (info.isSymLink() && !info.exists()) {
-            danglingLinks.insert(info.filePath());
-            paths.insert(info.filePath(), true);
-            return;
-        }
-        paths.insert(info.filePath(), info.isWritable());
+        if (access == WriteAccess::LeadsNowhere)
+            danglingLinks.insert(path);
+        paths.insert(path, access != WriteAccess::NotWritable);
     }
 
-    // The folder and its whole tree. Links are listed but not followed, so a link out of the
-    // folder or a loop of links adds one entry and nothing more; unreadable folders are passed by.
+    // Everything below the folder. Links are listed but not followed, so a link out of the folder
+    // or a loop of links adds one entry and nothing more; unreadable folders are passed by. Names
+    // are taken as the system gives them, so a name that is not UTF-8 is listed like any other.
+    void addTree(const QString& folder)
+    {
+        for (const FileDirPlatform::DirectoryEntry& entry :
+             FileDirPlatform::folderEntries(folder)) {
+            const QString path = folder + QLatin1Char('/') + entry.name;
+            record(path);
+            if (entry.isFolder)
+                addTree(path);
+        }
+    }
+
     void addPath(const QString& path)
     {
-        const QFileInfo folder(path);
-        if (!folder.exists())
+        if (!QFileInfo::exists(path))
             return;
-        record(folder);
-        QDirIterator it(path, everyEntry, QDirIterator::Subdirectories);
-        while (it.hasNext())
-            record(it.nextFileInfo());
+        record(path);
+        addTree(path);
     }
 
-    void addMatching(const QString& folder, const QString& pattern)
+    // The folder's entries whose names hold the product's, in either case.
+    void addMatching(const QString& folder, const QString& product)
     {
-        const QFileInfoList entries = QDir(folder).entryInfoList({pattern}, everyEntry);
-        for (const QFileInfo& entry : entries)
-            record(entry);
+        for (const FileDirPlatform::DirectoryEntry& entry :
+             FileDirPlatform::folderEntries(folder)) {
+            if (entry.name.contains(product, Qt::CaseInsensitive))
+                record(folder + QLatin1Char('/') + entry.name);
+        }
     }
 };
 
@@ -100,9 +108,7 @@ void SupportPermissionsData::load()
         QFileInfo(SupportCorvantaData::settingsFileName(product)).absolutePath();
     d->addPath(SupportCorvantaData::productAppDataPath(product));
     d->addPath(SupportCorvantaData::productTempPath(product));
-    // Both spellings, so the preferences are found whichever way the file system compares names.
-    d->addMatching(preferencesFolder, QLatin1Char('*') + product.toLower() + QLatin1Char('*'));
-    d->addMatching(preferencesFolder, QLatin1Char('*') + product + QLatin1Char('*'));
+    d->addMatching(preferencesFolder, product);
     d->notWritable = std::count(d->paths.cbegin(), d->paths.cend(), false);
 
     // Reserved at once: the text of a large tree runs to tens of megabytes.

@@ -1,5 +1,6 @@
 #include "SupportRepairPreferencesTask.h"
 
+#include "FileDirTools.h"
 #include "SettingsRepair.h"
 #include "SupportTaskRunner.h"
 
@@ -43,13 +44,11 @@ void SupportRepairPreferencesTask::run()
     const QString path = d->path;
     QString* text = &d->report;
     d->worker.reset(QThread::create([path, text] {
-        const QFileInfo file(path);
-        if (!file.exists()) {
+        if (!QFileInfo::exists(path)) {
             *text = tr("There are no preferences to repair: \"%1\" does not exist.").arg(path);
             return;
         }
-        // Reading a FIFO or a device could wait for ever.
-        if (!file.isFile()) {
+        if (!isSafeToRead(path)) {
             *text = tr("\"%1\" is not a file, so it was left alone.").arg(path);
             return;
         }

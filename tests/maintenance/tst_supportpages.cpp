@@ -1,3 +1,4 @@
+#include "BaseSettings.h"
 #include "FileDirTools.h"
 #include "FileNames.h"
 #include "MessageLog.h"
@@ -29,6 +30,7 @@
 #include <QScrollArea>
 #include <QSignalSpy>
 #include <QTest>
+#include <QThread>
 #include <QTimer>
 
 #include <fcntl.h>
@@ -65,10 +67,18 @@ private slots:
     // of the drive that has it.
     void pageText()
     {
-        // An identifier that is a FIFO is not opened: no one would write to it.
-        QVERIFY(QDir(data(u"temp"_s)).removeRecursively()
-                && QFile::remove(data(u"userUUID.txt"_s)));
-        QCOMPARE(::mkfifo(QFile::encodeName(data(u"userUUID.txt"_s)).constData(), 0600), 0);
+        // No file the pages read is opened when it leads to a FIFO, which no one would write to;
+        // each is named in the log. Links, as folder listings pass them on as files.
+        QVERIFY(QDir(data(u"temp"_s)).removeRecursively() && QFile::remove(data(u"userUUID.txt"_s))
+                && QFile::remove(m_home.preferences()));
+        const QStringList fifos{data(u"userUUID.txt"_s), m_home.preferences(),
+                                home(u"system-config/mimeapps.list"_s),
+                                home(u"system-data/applications/c.desktop"_s),
+                                home(u".config/environment.d/50-fifo.conf"_s)};
+        for (const QString& fifo : fifos)
+            QVERIFY(QDir().mkpath(QFileInfo(fifo).absolutePath())
+                    && ::mkfifo(QFile::encodeName(fifo + ".fifo").constData(), 0600) == 0
+                    && QFile::link(fifo + ".fifo", fifo));
         for (const auto& [file, name] : {std::pair{"a", "Corvanta"}, {"b", "Corvanta Viewer"}})
             QVERIFY(putFile(home(u"system-data/applications/%1.desktop"_s.arg(file)),
                             "[Desktop Entry]\nExec=/opt/" + QByteArray(file) + "/run\nName=" + name
@@ -77,7 +87,26 @@ private slots:
             return SupportCorvantaData::programFilesInstallations(
                 product, {u"E:/"_s, u"C:/"_s}, [](const QString& path) { return path[0] == 'C'; });
         });
-        collector.load();
+        SupportPermissionsData permissions;
+        MessageLog log;
+        std::unique_ptr<QThread> loading(QThread::create([&] {
+            collector.load();
+            permissions.load();
+            environmentVariable(u"CORVANTA_HOME"_s);
+            BaseSettings preferences(u"Corvanta"_s);
+        }));
+        loading->start();
+        // A reader held by a FIFO is let go by a writer, so that a fault fails rather than hangs.
+        const bool ended = loading->wait(QDeadlineTimer(20000));
+        while (!loading->wait(50)) {
+            for (const QString& fifo : fifos)
+                ::close(
+                    ::open(QFile::encodeName(fifo + ".fifo").constData(), O_WRONLY | O_NONBLOCK));
+        }
+        QVERIFY(ended);
+        for (const QString& fifo : fifos)
+            QVERIFY2(log.messages().contains("Not read: \"" + fifo + "\" is not a regular file."),
+                     qPrintable(fifo));
         const QString indent(20, ' ');
         QCOMPARE(htmlToPlainText(*collector.text()),
                  "Errors:\n1. Temporary Files folder not found.\n2. UUID file empty.\n\n"
@@ -130,6 +159,11 @@ private slots:
         QTest::newRow("permissions link, refused, kept")
             << u"records"_s << u"#deletePathDATA/userUUID.txt"_s << u"No"_s
             << QStringList{"Delete for Good?|" + refused("DATA/userUUID.txt")} << QStringList();
+        // The link's byte that is not UTF-8 reaches the file; the box shows it as the desktop does.
+        QTest::newRow("permissions link, not UTF-8, refused, kept")
+            << u"records"_s << u"#deletePathDATA/temp/not %FF UTF-8"_s << u"No"_s
+            << QStringList{"Delete for Good?|" + refused("DATA/temp/not \uFFFD UTF-8")}
+            << QStringList();
         // A link to nothing is listed and goes itself.
         QTest::newRow("permissions link, dangling link")
             << QString() << u"#deletePathDATA/dangling"_s << QString() << QStringList()
@@ -427,6 +461,7 @@ private slots:
         QTest::newRow("spaces") << "  two  spaces ";
         QTest::newRow("newline") << "two\nlines";
         QTest::newRow("non-ASCII") << "Grüße Ωmega ✓";
+        QTest::newRow("not UTF-8") << decodeFileName("caf\xe9 \xff.txt");
         QString longName = u"long"_s;
         while (m_home.dataFolder().size() + longName.size() < 3790)
             longName += '/' + QString(200, 'd');
@@ -463,16 +498,28 @@ private slots:
         int start = 0;
         int end = 0;
         reader->selection(0, &start, &end);
-        QCOMPARE(reader->text(start, end + 1 + int(target.size())), "Remove " + target);
+        // A byte that is not UTF-8 shows as the replacement character, as trash-list shows it.
+        const QString shown = displayFileName(target);
+        QCOMPARE(reader->text(start, end + 1 + int(target.size())), "Remove " + shown);
         QTest::keyClick(view, Qt::Key_Return);
 
         auto expected = before;
         expected.remove(target);
         QCOMPARE(treeSnapshot(m_home.dataFolder()), expected);
-        QVERIFY(!htmlToPlainText(*collector.text()).contains(target));
+        QVERIFY(!htmlToPlainText(*collector.text()).contains(shown));
         const QString listed = trashList();
         QCOMPARE(listed.count(m_home.dataFolder()), 1);
-        QVERIFY2(listed.contains(' ' + target + '\n'), qPrintable(listed));
+        QVERIFY2(listed.contains(' ' + shown + '\n'), qPrintable(listed));
+        // trash-restore would bring such a name back as text; its record names its bytes.
+        if (shown != target) {
+            const QString trash = home(u".local/share/Trash/"_s),
+                          item = QFileInfo(target).fileName();
+            QCOMPARE(fileBytes(trash + "files/" + item), "bytes \0\xff of "_ba + name.toUtf8());
+            QVERIFY(
+                fileBytes(trash + "info/" + item + ".trashinfo")
+                    .contains("\nPath=" + encodeFileName(target).toPercentEncoding("/") + '\n'));
+            return;
+        }
         QVERIFY(trashRestore(m_home.dataFolder()));
         QCOMPARE(treeSnapshot(m_home.dataFolder()), before);
     }

@@ -1,5 +1,7 @@
 #include "ProductHome.h"
 
+#include "FileDirTools.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QDirIterator>
@@ -54,7 +56,7 @@ bool ProductHome::prepare()
 {
     for (const QString& folder : {u".local/share/Corvanta"_s, u".local/share/Trash"_s, u".config"_s,
                                   u".cache"_s, u"system-config"_s, u"system-data"_s})
-        QDir(path(folder)).removeRecursively();
+        removePermanently(path(folder)); // names that are not UTF-8 included
     return QDir().mkpath(dataFolder() + u"/temp"_s)
            && putFile(dataFolder() + u"/userUUID.txt"_s, "6f1c2d3e-0000-4000-8000-0123456789ab")
            && putFile(dataFolder() + u"/temp/session.tmp"_s, "temporary")

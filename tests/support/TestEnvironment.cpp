@@ -1,7 +1,11 @@
 #include "TestEnvironment.h"
 
+#include "FileNames.h"
+
 #include <QDir>
 #include <QFileInfo>
+
+#include <fcntl.h>
 
 using namespace Qt::StringLiterals;
 
@@ -39,12 +43,18 @@ TestEnvironment::~TestEnvironment()
 bool putFile(const QString& path, const QByteArray& bytes)
 {
     QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+    // By the name's own bytes, so that a name that is not UTF-8 can be made.
+    const int fd = ::creat(encodeFileName(path).constData(), 0666);
+    QFile file;
+    return fd >= 0 && file.open(fd, QIODevice::WriteOnly, QFileDevice::AutoCloseHandle)
+           && file.write(bytes) == bytes.size();
 }
 
 QByteArray fileBytes(const QString& path)
 {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
+    const int fd = ::open(encodeFileName(path).constData(), O_RDONLY | O_CLOEXEC);
+    QFile file;
+    return fd >= 0 && file.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)
+               ? file.readAll()
+               : QByteArray("<unreadable>");
 }
