@@ -208,15 +208,7 @@ bool isSafeToRead(const QString& path)
 
 WriteAccess writeAccess(const QString& path)
 {
-#ifdef Q_OS_WIN
-    // Names there are UTF-16, which Qt takes whole.
-    const QFileInfo info(path);
-    return info.isWritable()                    ? WriteAccess::Writable
-           : info.isSymLink() && !info.exists() ? WriteAccess::LeadsNowhere
-                                                : WriteAccess::NotWritable;
-#else
     return FileDirPlatform::writeAccess(path);
-#endif
 }
 
 bool exceedsRecycleBinPathLimit(const QString& nativePath)

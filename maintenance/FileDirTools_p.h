@@ -36,8 +36,7 @@ struct DirectoryEntry
 };
 // Every entry of the folder but "." and "..", links not followed; names as decodeFileName gives.
 QList<DirectoryEntry> folderEntries(const QString& folder);
-// Whether the user may write what the path leads to, by the name's own bytes. Linux only: on
-// Windows QFileInfo answers, as it takes the UTF-16 names whole.
+// Whether the user may write what the path leads to, by the name's own bytes.
 WriteAccess writeAccess(const QString& path);
 // Removes one file, link or empty folder.
 bool removeEntry(const QString& path, bool isFolder);

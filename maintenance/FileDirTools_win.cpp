@@ -148,6 +148,15 @@ qint64 processId()
     return _getpid();
 }
 
+// Names there are UTF-16, which Qt takes whole.
+WriteAccess writeAccess(const QString& path)
+{
+    const QFileInfo info(path);
+    return info.isWritable()                    ? WriteAccess::Writable
+           : info.isSymLink() && !info.exists() ? WriteAccess::LeadsNowhere
+                                                : WriteAccess::NotWritable;
+}
+
 } // namespace FileDirPlatform
 
 void revealInExplorer(const QString& path)
