@@ -8,7 +8,7 @@ packages=(
     xvfb xauth xdotool xclip x11-utils trash-cli xdg-utils dbus dbus-x11 shared-mime-info
     at-spi2-core
     fonts-dejavu-core openssl curl librsvg2-bin
-    g++-mingw-w64-x86-64-posix wine64 googletest
+    g++-mingw-w64-x86-64-posix wine64 googletest nsis icoutils xz-utils
     dpkg-dev file lintian desktop-file-utils appstream qt6-translations-l10n python3-jsonschema
     clang libclang-rt-14-dev
 )
