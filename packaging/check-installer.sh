@@ -32,7 +32,7 @@ fail() {
     exit 1
 }
 # A Windows program that hangs (say on a message box nobody sees) fails its check instead.
-run() { timeout 300 "$wine" "$@"; }
+run() { timeout 180 "$wine" "$@"; }
 milliseconds() { echo $((($(date +%s%N) - $1) / 1000000)); }
 # Wine's reg.exe answers in CRLF lines.
 reg() { "$wine" reg "$@" 2>/dev/null | tr -d '\r'; }
