@@ -3,7 +3,8 @@
 # 1920x1080, and the process's peak memory by then; prints the medians of RUNS runs. Nothing
 # leaves the machine: the program runs in a private network namespace with no network to reach.
 # A second line gives the median time on a network whose TLS endpoints accept a connection and
-# never answer, built in a private network and mount namespace.
+# never answer, built in a private network and mount namespace. When the Windows build is there
+# (scripts/build-windows.sh), a third gives the installed Windows program's time under Wine.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 program=$PWD/build/corvanta-support
@@ -76,3 +77,8 @@ for _ in $(seq "$runs"); do
     silent+=("$(unshare -rmn "$0" --silent-network)")
 done
 echo "network that never answers, median of $runs runs: $(median "${silent[@]}") ms to the main window"
+if [ -f build-windows/CPackConfig.cmake ]; then
+    # The installer's own check installs it into a fresh prefix and times the launch.
+    wine=$(packaging/check-installer.sh build-windows 2>/dev/null | awk '/^launch to main window:/ {print $5}')
+    echo "installed Windows program under Wine: ${wine:-?} ms to the main window"
+fi

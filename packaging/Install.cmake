@@ -33,9 +33,16 @@ foreach(size IN LISTS CORVANTA_ICON_SIZES)
 endforeach()
 qt_add_resources(corvanta_core corvanta_icons PREFIX /icons FILES ${icon_pictures})
 
-install(TARGETS corvanta-support corvanta-support-report RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+# On Windows everything lies in the one folder the installer makes.
+set(program_destination ${CMAKE_INSTALL_BINDIR})
+set(schema_destination ${CMAKE_INSTALL_DATADIR}/corvanta-support)
+if(WIN32)
+    set(program_destination .)
+    set(schema_destination .)
+endif()
+install(TARGETS corvanta-support corvanta-support-report RUNTIME DESTINATION ${program_destination})
 # What "corvanta-support-report --format json" prints, described for those who read it.
-install(FILES app/report.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/corvanta-support)
+install(FILES app/report.schema.json DESTINATION ${schema_destination})
 
 if(NOT WIN32)
     install(FILES packaging/${CORVANTA_APP_ID}.desktop

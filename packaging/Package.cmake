@@ -1,9 +1,5 @@
 # The Debian package, made by `cpack -G DEB` in the build folder:
 # corvanta-support_<version>_<architecture>.deb. Its dependencies come from dpkg-shlibdeps.
-if(WIN32)
-    return()
-endif()
-
 set(CORVANTA_PACKAGE_NAME corvanta-support)
 set(CORVANTA_PACKAGE_DOCDIR ${CMAKE_INSTALL_DATADIR}/doc/${CORVANTA_PACKAGE_NAME})
 

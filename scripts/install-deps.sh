@@ -7,10 +7,10 @@ packages=(
     qt6-base-dev qt6-tools-dev qt6-l10n-tools libgl-dev qt6-qpa-plugins libglib2.0-dev
     xvfb xauth xdotool xclip x11-utils trash-cli xdg-utils dbus dbus-x11 shared-mime-info
     at-spi2-core
-    fonts-dejavu-core openssl curl librsvg2-bin iproute2
-    g++-mingw-w64-x86-64-posix wine64 googletest
+    fonts-dejavu-core openssl curl librsvg2-bin iproute2 ccache
+    g++-mingw-w64-x86-64-posix wine64 googletest nsis icoutils xz-utils
     dpkg-dev file lintian desktop-file-utils appstream qt6-translations-l10n python3-jsonschema
-    clang libclang-rt-14-dev libglib2.0-dev libglib2.0-bin
+    clang libclang-rt-14-dev libglib2.0-bin
 )
 
 missing=()

@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Builds, then runs every test: the Qt suites, the Win32 layer under Wine, the Windows sources
 # compiled with MinGW, the packaging and translation checks and the end-to-end tests under Xvfb.
+# Then the Windows build against Qt for MinGW in build-windows: its Qt suites under Wine and the
+# installer, installed and used under Wine.
 # Then the Qt suites again, built with AddressSanitizer and UndefinedBehaviorSanitizer in
 # build-asan, and every fuzz harness over its seed corpus, built with clang in build-fuzz.
 # Every stage runs; the script fails when any of them did.
@@ -10,6 +12,9 @@ failed=()
 
 scripts/build.sh
 ctest --test-dir build --output-on-failure --timeout 900 || failed+=(tests)
+
+scripts/build-windows.sh
+ctest --test-dir build-windows --output-on-failure --timeout 900 || failed+=(windows)
 
 # -O1 with line tables only compiles in two thirds of the time and reports still give file and
 # line. The packaging and translation checks are not run again there: they examine files, not

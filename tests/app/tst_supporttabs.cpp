@@ -3,7 +3,9 @@
 #include "SupportTab.h"
 #include "SupportTabs.h"
 
+#ifndef Q_OS_WIN
 #include <QDBusConnection>
+#endif
 #include <QDesktopServices>
 #include <QLabel>
 #include <QSignalSpy>
@@ -110,6 +112,7 @@ private slots:
         QCOMPARE(data.links, QStringList{"deletePath" + path});
         QCOMPARE(tab.refreshes, 2);
 
+#ifndef Q_OS_WIN // Windows reveals a path with explorer.exe /select, which the Win32 suite runs.
         FileManager manager;
         tab.onLinkActivated(u"/var/tmp/some folder/file.txt"_s);
         QTRY_COMPARE(manager.seen, QStringList{u"opened file:///var/tmp/some folder"_s});
@@ -123,6 +126,7 @@ private slots:
                      QStringList{u"shown file:///tmp/o'brien/My%20Files/report.txt"_s});
         QCOMPARE(data.links.size(), 1);
         QCOMPARE(tab.refreshes, 2);
+#endif
     }
 };
 

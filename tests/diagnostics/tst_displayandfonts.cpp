@@ -1,4 +1,5 @@
 #include "BaseApplication.h"
+#include "RegistryTools.h"
 #include "ReportExport.h"
 #include "SupportDisplayData.h"
 #include "SupportDisplayTab.h"
@@ -72,7 +73,10 @@ private slots:
         const QStringList lines = block(*fonts.text(), u"Sequence-Regular"_s);
         for (const char* line :
              {"bold:               No", "family:             Sequence", "fixedPitch:         Yes",
-              "styleName:          Regular", "weight:             400"})
+#ifndef Q_OS_WIN // Windows' GDI font engine gives a font added from memory no style name.
+              "styleName:          Regular",
+#endif
+              "weight:             400"})
             QVERIFY2(lines.contains(u"  "_s + QLatin1String(line)), line);
 
         const QList<int> missing{1, 3};
@@ -131,6 +135,9 @@ private slots:
         TestEnvironment home;
         const QString file = home.path(u".config/environment.d/60-corvanta-support.conf"_s);
         QVERIFY(QDir().mkpath(file));
+#ifdef Q_OS_WIN // Wine's registry outlives a run: start without the workaround.
+        removeEnvironmentVariable(u"QT_AUTO_SCREEN_SCALE_FACTOR"_s);
+#endif
         SupportDisplayTab tab(&data);
         tab.updateContent();
         tab.show();
@@ -138,8 +145,11 @@ private slots:
         QPushButton* apply = button(tab, u"Apply"_s);
         QPushButton* remove = button(tab, u"Remove"_s);
         QVERIFY(apply && apply->isEnabled() && remove && !remove->isEnabled());
+#ifndef Q_OS_WIN // On Windows the workaround goes to the registry, where no folder stands in its
+                 // way.
         QTest::mouseClick(apply, Qt::LeftButton);
         QVERIFY(apply->isEnabled() && !remove->isEnabled() && QFileInfo(file).isDir());
+#endif
     }
 };
 
