@@ -19,7 +19,9 @@ ctest --test-dir build-windows --output-on-failure --timeout 900 || failed+=(win
 # -O1 with line tables only compiles in two thirds of the time and reports still give file and
 # line. The packaging and translation checks are not run again there: they examine files, not
 # running code of ours (a package of sanitized programs is not one anybody ships), and passed above.
-cmake -S . -B build-asan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCORVANTA_SANITIZE=ON \
+launcher=()
+command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+cmake -S . -B build-asan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCORVANTA_SANITIZE=ON "${launcher[@]}" \
     "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g1 -DNDEBUG"
 cmake --build build-asan --parallel
 # A sanitized program runs several times slower, and the end-to-end tests still open menus with
@@ -29,7 +31,7 @@ ctest --test-dir build-asan --output-on-failure --timeout 900 -LE '^(packaging|t
     --repeat until-pass:2 || failed+=(sanitizers)
 
 # A regression run of seconds; bench/fuzz.sh fuzzes for as long as asked.
-cmake -S fuzz -B build-fuzz -G Ninja -DCMAKE_CXX_COMPILER=clang++
+cmake -S fuzz -B build-fuzz -G Ninja -DCMAKE_CXX_COMPILER=clang++ "${launcher[@]}"
 cmake --build build-fuzz --parallel
 ctest --test-dir build-fuzz --output-on-failure || failed+=(fuzz)
 
