@@ -52,7 +52,7 @@ bool putFile(const QString& path, const QByteArray& bytes)
 
 QByteArray fileBytes(const QString& path)
 {
-    const int fd = ::open(encodeFileName(path).constData(), O_RDONLY | O_CLOEXEC);
+    const int fd = ::open(encodeFileName(path).constData(), O_RDONLY);
     QFile file;
     return fd >= 0 && file.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)
                ? file.readAll()
