@@ -48,6 +48,16 @@ QStringList logged(const MessageLog& log)
     return log.messages().filter(pattern);
 }
 
+// The page's push button with that text, or null.
+QPushButton* button(const QWidget* page, const QString& text)
+{
+    for (QPushButton* candidate : page->findChildren<QPushButton*>()) {
+        if (candidate->text() == text)
+            return candidate;
+    }
+    return nullptr;
+}
+
 } // namespace
 
 // The Corvanta and Permissions pages over one home in which the product is set up.
@@ -63,12 +73,10 @@ private slots:
     void initTestCase() { QVERIFY(m_home.isValid()); }
     void init() { QVERIFY(m_home.prepare()); }
 
-    // The viewer edition is not a version of the product; the program is found in both folders
-    // of the drive that has it.
+    // The viewer edition is no version of the product; the program is found in both folders.
     void pageText()
     {
-        // No file the pages read is opened when it leads to a FIFO, which no one would write to;
-        // each is named in the log. Links, as folder listings pass them on as files.
+        // No file the pages read is opened through a link to a FIFO; each is named in the log.
         QVERIFY(QDir(data(u"temp"_s)).removeRecursively() && QFile::remove(data(u"userUUID.txt"_s))
                 && QFile::remove(m_home.preferences()));
         const QStringList fifos{data(u"userUUID.txt"_s), m_home.preferences(),
@@ -178,8 +186,8 @@ private slots:
             << QStringList{u"."_s};
     }
 
-    // Each row in a mount namespace of its own, through the tabs of both pages: whatever goes
-    // from either page goes from both, and the trash takes it or the user is asked or told.
+    // A mount namespace per row: what goes from either page goes from both, into the trash or
+    // after the user is asked or told.
     void removals()
     {
         QFETCH(QString, setup);
@@ -195,7 +203,7 @@ private slots:
         QVERIFY(putFile(home(u"outside/kept.txt"_s), "kept"));
         QVERIFY(QFile::link(home(u"outside"_s), data(u"linked folder"_s)));
         QVERIFY(QFile::link(home(u"nothing"_s), data(u"dangling"_s)));
-        // Qt passes such a name by; the permanent delete must not.
+        // Qt's listing passes such a name by; the permanent delete must not.
         const QByteArray notUtf8 = encodeFileName(data(u"temp/not "_s)) + "\xff UTF-8";
         QVERIFY(::close(::creat(notUtf8.constData(), 0600)) == 0);
         const QString trash = home(u".local/share/Trash"_s);
@@ -209,7 +217,6 @@ private slots:
             QVERIFY(QDir().rename(folder, home(u"elsewhere"_s)));
             QVERIFY(QFile::link(home(u"elsewhere"_s), folder));
         }
-        // Qt's own removal passes names that are not UTF-8 by, and would leave the home behind.
         const auto cleanUp = qScopeGuard([&] {
             for (const QString& mount : {trash + u"/info"_s, data(u"temp/mounted here"_s)})
                 ::umount(QFile::encodeName(mount).constData());
@@ -254,10 +261,7 @@ private slots:
             page(link.startsWith(u"#deletePath"_s) ? PermissionsDataKind : CorvantaDataKind)
                 ->onLinkActivated(link);
         } else {
-            for (QPushButton* button : page(CorvantaDataKind)->findChildren<QPushButton*>()) {
-                if (button->text() == action)
-                    button->click();
-            }
+            button(page(CorvantaDataKind), action)->click();
         }
         QCOMPARE(seen.size(), boxes.size());
         for (qsizetype i = 0; i < seen.size(); ++i)
@@ -300,11 +304,7 @@ private slots:
         data.load();
         SupportCorvantaTab page(&data);
         page.updateContent();
-        QPushButton* removeAll = nullptr;
-        for (QPushButton* button : page.findChildren<QPushButton*>()) {
-            if (button->text() == u"Remove All Application Data"_s)
-                removeAll = button;
-        }
+        QPushButton* removeAll = button(&page, u"Remove All Application Data"_s);
         QVERIFY(removeAll);
         QVERIFY(QDir(m_home.dataFolder()).removeRecursively());
         QTest::mouseClick(removeAll, Qt::LeftButton);
@@ -319,8 +319,7 @@ private slots:
                               "Temporary Files folder not found.", "UUID file not found."}));
     }
 
-    // A value's body runs to the next bracket, across lines; one never closed stays as it is. The
-    // lead is matched by case. The window's test repairs a well-formed file.
+    // A value runs to the next bracket, across lines; one never closed stays; the lead is by case.
     void repairedSettingsText()
     {
         int emptied = 0;
@@ -398,10 +397,8 @@ private slots:
         }
     }
 
-    // Every entry below the product's folders, each once; links are not followed, unreadable
-    // folders passed by; of the preferences folder only the product's files count. The list is
-    // shown by a text browser for speed, looking exactly as the label of every other page (here
-    // the Corvanta page's) would show the same text.
+    // Every entry below the product's folders once, links not followed, unreadable folders passed
+    // by, only the product's preferences; its fast view looks exactly as another page's label.
     void walk()
     {
         RUN_AS_NOBODY_WHEN_ROOT();
@@ -452,13 +449,8 @@ private slots:
     void removeThroughTheLabel_data()
     {
         QTest::addColumn<QString>("name");
-        QTest::newRow("quote") << "o'brien.txt";
-        QTest::newRow("double quote") << "say \"hi\"";
-        QTest::newRow("ampersand") << "a&amp;b";
-        QTest::newRow("markup") << "a<b>c";
-        QTest::newRow("percent") << "100%25 %41";
-        QTest::newRow("hash") << "#1 design";
-        QTest::newRow("spaces") << "  two  spaces ";
+        QTest::newRow("quotes and markup") << "o'brien say \"hi\" a&amp;b a<b>c";
+        QTest::newRow("percent, hash, spaces") << "  #1 100%25 %41  two  spaces ";
         QTest::newRow("newline") << "two\nlines";
         QTest::newRow("non-ASCII") << "Grüße Ωmega ✓";
         QTest::newRow("not UTF-8") << decodeFileName("caf\xe9 \xff.txt");
@@ -469,8 +461,7 @@ private slots:
         QTest::newRow("4000 bytes") << longName;
     }
 
-    // The "Remove" link of exactly that path, activated from the keyboard in the real page,
-    // puts only that path into the trash, from which it comes back unchanged.
+    // The path's "Remove" link, taken by keyboard, trashes only that path, restorable unchanged.
     void removeThroughTheLabel()
     {
         QFETCH(QString, name);
@@ -552,15 +543,9 @@ private slots:
             }
         });
         answer.start(50);
-        const auto press = [&](const QString& button) {
-            for (QPushButton* candidate : page.findChildren<QPushButton*>()) {
-                if (candidate->text() == button)
-                    candidate->click();
-            }
-        };
-        press(u"Check Folder"_s);
+        button(&page, u"Check Folder"_s)->click();
         path = m_home.preferences();
-        press(u"Check File"_s);
+        button(&page, u"Check File"_s)->click();
         QCOMPARE(seen,
                  (QStringList{u"Choose Folder"_s, u"Choose File"_s,
                               "Corvanta Support|Path:\n" + path
