@@ -128,30 +128,19 @@ private slots:
         QVERIFY(collector.text()->contains(removeLink(u"removeUserExtension.cvd"_s)));
     }
 
-    // The identifier is shown as text, whatever it holds.
-    void identifierMarkup()
-    {
-        QVERIFY(putFile(data(u"userUUID.txt"_s), "<a href='#deleteAppData'>x</a> &amp;\r\n"));
-        SupportCorvantaData collector;
-        collector.load();
-        QCOMPARE(collector.text()->count(u"<a href='#deleteAppData'"_s), 1);
-        QVERIFY(htmlToPlainText(*collector.text())
-                    .contains(u"\nUUID:               <a href='#deleteAppData'>x</a> &amp;\n"_s));
-    }
-
     void removals_data()
     {
         QTest::addColumn<QString>("setup");     // "records": the trash's records are read-only
         QTest::addColumn<QString>("action");    // "#link" or a button's text
         QTest::addColumn<QString>("answer");    // to the question before a permanent delete
         QTest::addColumn<QStringList>("boxes"); // "title|start of the text" of each box shown
-        QTest::addColumn<QStringList>("gone");  // relative to the data folder; "." the folder
+        QTest::addColumn<QStringList>("gone");  // paths below DATA, the data folder
         const auto refused = [](const char* path) {
             return u"Could not put \"%1\" into the trash: Unable to create trashing info file"_s
                 .arg(QString::fromUtf8(path));
         };
         QTest::newRow("data link, trashed") << QString() << u"#deleteAppData"_s << QString()
-                                            << QStringList() << QStringList{u"."_s};
+                                            << QStringList() << QStringList{u"DATA"_s};
         QTest::newRow("temporary link, refused, kept")
             << u"records"_s << u"#deleteTempFiles"_s << u"No"_s
             << QStringList{"Delete for Good?|" + refused("DATA/temp")} << QStringList();
@@ -162,8 +151,8 @@ private slots:
                            "another file system at \"DATA/temp/mounted here\"."_s,
                            u"Not Removed|\"DATA\" holds another file system at \"DATA/temp/"
                            "mounted here\"; it was left as it is."_s}
-            << QStringList{u"userUUID.txt"_s, u"temp/session.tmp"_s, u"linked folder"_s,
-                           u"dangling"_s};
+            << QStringList{u"DATA/userUUID.txt"_s, u"DATA/temp/session.tmp"_s,
+                           u"DATA/linked folder"_s, u"DATA/dangling"_s};
         QTest::newRow("permissions link, refused, kept")
             << u"records"_s << u"#deletePathDATA/userUUID.txt"_s << u"No"_s
             << QStringList{"Delete for Good?|" + refused("DATA/userUUID.txt")} << QStringList();
@@ -175,7 +164,7 @@ private slots:
         // A link to nothing is listed and goes itself.
         QTest::newRow("permissions link, dangling link")
             << QString() << u"#deletePathDATA/dangling"_s << QString() << QStringList()
-            << QStringList{u"dangling"_s};
+            << QStringList{u"DATA/dangling"_s};
         QTest::newRow("button, refused")
             << u"records"_s << u"Remove All Application Data"_s << QString()
             << QStringList{"Not Removed|" + refused("DATA")} << QStringList();
@@ -183,7 +172,7 @@ private slots:
             << u"linked"_s << u"#deleteAppData"_s << QString()
             << QStringList{u"Link Removed|\"DATA\" was a link: only the link was removed. Its "
                            "data is still in \"HOME/elsewhere\"."_s}
-            << QStringList{u"."_s};
+            << QStringList{u"DATA"_s};
     }
 
     // A mount namespace per row: what goes from either page goes from both, into the trash or
@@ -200,6 +189,7 @@ private slots:
             return;
         }
         const QString folder = m_home.dataFolder();
+        gone.replaceInStrings(u"DATA"_s, folder);
         QVERIFY(putFile(home(u"outside/kept.txt"_s), "kept"));
         QVERIFY(QFile::link(home(u"outside"_s), data(u"linked folder"_s)));
         QVERIFY(QFile::link(home(u"nothing"_s), data(u"dangling"_s)));
@@ -222,12 +212,17 @@ private slots:
                 ::umount(QFile::encodeName(mount).constData());
             removePermanently(home(QString()));
         });
-        const auto outsideTrash = [&] {
-            auto tree = treeSnapshot(home(QString()));
-            tree.removeIf([&](const auto& entry) { return entry.key().startsWith(trash); });
-            return tree;
+        // The home's tree without the trash, and without what is expected gone.
+        const auto tree = [&](const QStringList& without) {
+            auto entries = treeSnapshot(home(QString()));
+            entries.removeIf([&](const auto& entry) {
+                return std::any_of(without.cbegin(), without.cend(), [&](const QString& path) {
+                    return entry.key() == path || entry.key().startsWith(path + '/');
+                });
+            });
+            return entries;
         };
-        const auto before = outsideTrash();
+        const auto before = tree(gone + QStringList{trash});
 
         SupportDataTable table(new SupportDataMap);
         table->emplace(PermissionsDataKind, std::make_unique<SupportPermissionsData>());
@@ -236,12 +231,8 @@ private slots:
         QSignalSpy loaded(&tabs, &SupportTabs::signalLoadFinished);
         tabs.load();
         QVERIFY(loaded.wait(20000));
-        const auto page = [&](int kind) {
-            const QList<SupportTab*> pages = tabs.findChildren<SupportTab*>();
-            return *std::find_if(pages.cbegin(), pages.cend(), [&](SupportTab* tab) {
-                return tab->supportData()->type() == kind;
-            });
-        };
+        SupportTab* permissionsPage = tabs.findChild<SupportPermissionsTab*>();
+        SupportTab* corvantaPage = tabs.findChild<SupportCorvantaTab*>();
 
         QStringList seen;
         QTimer answerer;
@@ -258,10 +249,10 @@ private slots:
         answerer.start(20);
         if (action.startsWith('#')) {
             const QString link = QString(action).replace(u"DATA"_s, folder);
-            page(link.startsWith(u"#deletePath"_s) ? PermissionsDataKind : CorvantaDataKind)
+            (link.startsWith(u"#deletePath"_s) ? permissionsPage : corvantaPage)
                 ->onLinkActivated(link);
         } else {
-            button(page(CorvantaDataKind), action)->click();
+            button(corvantaPage, action)->click();
         }
         QCOMPARE(seen.size(), boxes.size());
         for (qsizetype i = 0; i < seen.size(); ++i)
@@ -269,40 +260,36 @@ private slots:
                          boxes[i].replace(u"DATA"_s, folder).replace(u"HOME"_s, home({}))),
                      qPrintable(seen.at(i)));
 
-        auto expected = before;
-        for (const QString& path : before.keys()) {
-            for (const QString& item : std::as_const(gone)) {
-                const QString removed = item == u"."_s ? folder : data(item);
-                if (path == removed || path.startsWith(removed + '/'))
-                    expected.remove(path);
-            }
-        }
-        QCOMPARE(outsideTrash(), expected);
+        QCOMPARE(tree({trash}), before);
         QCOMPARE(::access(notUtf8.constData(), F_OK) != 0,
-                 gone.contains(u"."_s) || answer == u"Yes"_s);
+                 gone.contains(folder) || answer == u"Yes"_s);
         QCOMPARE(trashList().count(folder), answer == u"Yes"_s ? 0 : gone.size());
         // Both pages show what is left.
-        const QString permissions =
-            htmlToPlainText(*page(PermissionsDataKind)->supportData()->text());
+        const QString permissions = htmlToPlainText(*permissionsPage->supportData()->text());
         for (const QString& item : std::as_const(gone))
-            QVERIFY(!permissions.contains((item == u"."_s ? folder : data(item)) + u" OK"_s));
+            QVERIFY(!permissions.contains(item + u" OK"_s));
         // Pages with errors come first and carry the icon.
         for (int i = 0; i < tabs.count(); ++i)
             QCOMPARE(tabs.tabIcon(i).isNull(),
                      static_cast<SupportTab*>(tabs.widget(i))->supportData()->errors().isEmpty());
         QCOMPARE(tabs.tabText(0) == u"Corvanta"_s,
-                 !page(CorvantaDataKind)->supportData()->errors().isEmpty());
-        QCOMPARE(htmlToPlainText(*page(CorvantaDataKind)->supportData()->text())
+                 !corvantaPage->supportData()->errors().isEmpty());
+        QCOMPARE(htmlToPlainText(*corvantaPage->supportData()->text())
                      .contains(folder + u" - Does Not Exist"_s),
-                 gone.contains(u"."_s));
+                 gone.contains(folder));
     }
 
-    // The page's other buttons are pressed in the window by the end-to-end test.
+    // The identifier is shown as text, whatever it holds. The page's other buttons are pressed in
+    // the window by the end-to-end test.
     void removeAllApplicationDataWithTheFolderGone()
     {
-        SupportCorvantaData data;
-        data.load();
-        SupportCorvantaTab page(&data);
+        QVERIFY(putFile(data(u"userUUID.txt"_s), "<a href='#deleteAppData'>x</a> &amp;\r\n"));
+        SupportCorvantaData collector;
+        collector.load();
+        QCOMPARE(collector.text()->count(u"<a href='#deleteAppData'"_s), 1);
+        QVERIFY(htmlToPlainText(*collector.text())
+                    .contains(u"\nUUID:               <a href='#deleteAppData'>x</a> &amp;\n"_s));
+        SupportCorvantaTab page(&collector);
         page.updateContent();
         QPushButton* removeAll = button(&page, u"Remove All Application Data"_s);
         QVERIFY(removeAll);
@@ -313,8 +300,8 @@ private slots:
         QVERIFY(listed.contains(' ' + m_home.preferences() + '\n'));
         QVERIFY(listed.contains(' ' + home(u".cache/Corvanta"_s) + '\n'));
         QCOMPARE(fileBytes(m_home.userMimeapps()), ProductHome::mimeappsWithoutProduct);
-        QVERIFY(!removeAll->isEnabled() && !data.hasAssociations());
-        QCOMPARE(data.errors(),
+        QVERIFY(!removeAll->isEnabled() && !collector.hasAssociations());
+        QCOMPARE(collector.errors(),
                  (QStringList{"Application Data folder not found.",
                               "Temporary Files folder not found.", "UUID file not found."}));
     }
