@@ -153,9 +153,6 @@ private slots:
                            "mounted here\"; it was left as it is."_s}
             << QStringList{u"DATA/userUUID.txt"_s, u"DATA/temp/session.tmp"_s,
                            u"DATA/linked folder"_s, u"DATA/dangling"_s};
-        QTest::newRow("permissions link, refused, kept")
-            << u"records"_s << u"#deletePathDATA/userUUID.txt"_s << u"No"_s
-            << QStringList{"Delete for Good?|" + refused("DATA/userUUID.txt")} << QStringList();
         // The link's byte that is not UTF-8 reaches the file; the box shows it as the desktop does.
         QTest::newRow("permissions link, not UTF-8, refused, kept")
             << u"records"_s << u"#deletePathDATA/temp/not %FF UTF-8"_s << u"No"_s
