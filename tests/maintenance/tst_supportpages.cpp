@@ -48,6 +48,16 @@ QStringList logged(const MessageLog& log)
     return log.messages().filter(pattern);
 }
 
+// The page's push button with that text, or null.
+QPushButton* button(const QWidget* page, const QString& text)
+{
+    for (QPushButton* candidate : page->findChildren<QPushButton*>()) {
+        if (candidate->text() == text)
+            return candidate;
+    }
+    return nullptr;
+}
+
 } // namespace
 
 // The Corvanta and Permissions pages over one home in which the product is set up.
@@ -63,12 +73,10 @@ private slots:
     void initTestCase() { QVERIFY(m_home.isValid()); }
     void init() { QVERIFY(m_home.prepare()); }
 
-    // The viewer edition is not a version of the product; the program is found in both folders
-    // of the drive that has it.
+    // The viewer edition is no version of the product; the program is found in both folders.
     void pageText()
     {
-        // No file the pages read is opened when it leads to a FIFO, which no one would write to;
-        // each is named in the log. Links, as folder listings pass them on as files.
+        // No file the pages read is opened through a link to a FIFO; each is named in the log.
         QVERIFY(QDir(data(u"temp"_s)).removeRecursively() && QFile::remove(data(u"userUUID.txt"_s))
                 && QFile::remove(m_home.preferences()));
         const QStringList fifos{data(u"userUUID.txt"_s), m_home.preferences(),
@@ -120,30 +128,19 @@ private slots:
         QVERIFY(collector.text()->contains(removeLink(u"removeUserExtension.cvd"_s)));
     }
 
-    // The identifier is shown as text, whatever it holds.
-    void identifierMarkup()
-    {
-        QVERIFY(putFile(data(u"userUUID.txt"_s), "<a href='#deleteAppData'>x</a> &amp;\r\n"));
-        SupportCorvantaData collector;
-        collector.load();
-        QCOMPARE(collector.text()->count(u"<a href='#deleteAppData'"_s), 1);
-        QVERIFY(htmlToPlainText(*collector.text())
-                    .contains(u"\nUUID:               <a href='#deleteAppData'>x</a> &amp;\n"_s));
-    }
-
     void removals_data()
     {
         QTest::addColumn<QString>("setup");     // "records": the trash's records are read-only
         QTest::addColumn<QString>("action");    // "#link" or a button's text
         QTest::addColumn<QString>("answer");    // to the question before a permanent delete
         QTest::addColumn<QStringList>("boxes"); // "title|start of the text" of each box shown
-        QTest::addColumn<QStringList>("gone");  // relative to the data folder; "." the folder
+        QTest::addColumn<QStringList>("gone");  // paths below DATA, the data folder
         const auto refused = [](const char* path) {
             return u"Could not put \"%1\" into the trash: Unable to create trashing info file"_s
                 .arg(QString::fromUtf8(path));
         };
         QTest::newRow("data link, trashed") << QString() << u"#deleteAppData"_s << QString()
-                                            << QStringList() << QStringList{u"."_s};
+                                            << QStringList() << QStringList{u"DATA"_s};
         QTest::newRow("temporary link, refused, kept")
             << u"records"_s << u"#deleteTempFiles"_s << u"No"_s
             << QStringList{"Delete for Good?|" + refused("DATA/temp")} << QStringList();
@@ -154,11 +151,8 @@ private slots:
                            "another file system at \"DATA/temp/mounted here\"."_s,
                            u"Not Removed|\"DATA\" holds another file system at \"DATA/temp/"
                            "mounted here\"; it was left as it is."_s}
-            << QStringList{u"userUUID.txt"_s, u"temp/session.tmp"_s, u"linked folder"_s,
-                           u"dangling"_s};
-        QTest::newRow("permissions link, refused, kept")
-            << u"records"_s << u"#deletePathDATA/userUUID.txt"_s << u"No"_s
-            << QStringList{"Delete for Good?|" + refused("DATA/userUUID.txt")} << QStringList();
+            << QStringList{u"DATA/userUUID.txt"_s, u"DATA/temp/session.tmp"_s,
+                           u"DATA/linked folder"_s, u"DATA/dangling"_s};
         // The link's byte that is not UTF-8 reaches the file; the box shows it as the desktop does.
         QTest::newRow("permissions link, not UTF-8, refused, kept")
             << u"records"_s << u"#deletePathDATA/temp/not %FF UTF-8"_s << u"No"_s
@@ -167,7 +161,7 @@ private slots:
         // A link to nothing is listed and goes itself.
         QTest::newRow("permissions link, dangling link")
             << QString() << u"#deletePathDATA/dangling"_s << QString() << QStringList()
-            << QStringList{u"dangling"_s};
+            << QStringList{u"DATA/dangling"_s};
         QTest::newRow("button, refused")
             << u"records"_s << u"Remove All Application Data"_s << QString()
             << QStringList{"Not Removed|" + refused("DATA")} << QStringList();
@@ -175,11 +169,11 @@ private slots:
             << u"linked"_s << u"#deleteAppData"_s << QString()
             << QStringList{u"Link Removed|\"DATA\" was a link: only the link was removed. Its "
                            "data is still in \"HOME/elsewhere\"."_s}
-            << QStringList{u"."_s};
+            << QStringList{u"DATA"_s};
     }
 
-    // Each row in a mount namespace of its own, through the tabs of both pages: whatever goes
-    // from either page goes from both, and the trash takes it or the user is asked or told.
+    // A mount namespace per row: what goes from either page goes from both, into the trash or
+    // after the user is asked or told.
     void removals()
     {
         QFETCH(QString, setup);
@@ -192,10 +186,11 @@ private slots:
             return;
         }
         const QString folder = m_home.dataFolder();
+        gone.replaceInStrings(u"DATA"_s, folder);
         QVERIFY(putFile(home(u"outside/kept.txt"_s), "kept"));
         QVERIFY(QFile::link(home(u"outside"_s), data(u"linked folder"_s)));
         QVERIFY(QFile::link(home(u"nothing"_s), data(u"dangling"_s)));
-        // Qt passes such a name by; the permanent delete must not.
+        // Qt's listing passes such a name by; the permanent delete must not.
         const QByteArray notUtf8 = encodeFileName(data(u"temp/not "_s)) + "\xff UTF-8";
         QVERIFY(::close(::creat(notUtf8.constData(), 0600)) == 0);
         const QString trash = home(u".local/share/Trash"_s);
@@ -209,18 +204,22 @@ private slots:
             QVERIFY(QDir().rename(folder, home(u"elsewhere"_s)));
             QVERIFY(QFile::link(home(u"elsewhere"_s), folder));
         }
-        // Qt's own removal passes names that are not UTF-8 by, and would leave the home behind.
         const auto cleanUp = qScopeGuard([&] {
             for (const QString& mount : {trash + u"/info"_s, data(u"temp/mounted here"_s)})
                 ::umount(QFile::encodeName(mount).constData());
             removePermanently(home(QString()));
         });
-        const auto outsideTrash = [&] {
-            auto tree = treeSnapshot(home(QString()));
-            tree.removeIf([&](const auto& entry) { return entry.key().startsWith(trash); });
-            return tree;
+        // The home's tree without the trash, and without what is expected gone.
+        const auto tree = [&](const QStringList& without) {
+            auto entries = treeSnapshot(home(QString()));
+            entries.removeIf([&](const auto& entry) {
+                return std::any_of(without.cbegin(), without.cend(), [&](const QString& path) {
+                    return entry.key() == path || entry.key().startsWith(path + '/');
+                });
+            });
+            return entries;
         };
-        const auto before = outsideTrash();
+        const auto before = tree(gone + QStringList{trash});
 
         SupportDataTable table(new SupportDataMap);
         table->emplace(PermissionsDataKind, std::make_unique<SupportPermissionsData>());
@@ -229,12 +228,8 @@ private slots:
         QSignalSpy loaded(&tabs, &SupportTabs::signalLoadFinished);
         tabs.load();
         QVERIFY(loaded.wait(20000));
-        const auto page = [&](int kind) {
-            const QList<SupportTab*> pages = tabs.findChildren<SupportTab*>();
-            return *std::find_if(pages.cbegin(), pages.cend(), [&](SupportTab* tab) {
-                return tab->supportData()->type() == kind;
-            });
-        };
+        SupportTab* permissionsPage = tabs.findChild<SupportPermissionsTab*>();
+        SupportTab* corvantaPage = tabs.findChild<SupportCorvantaTab*>();
 
         QStringList seen;
         QTimer answerer;
@@ -251,13 +246,10 @@ private slots:
         answerer.start(20);
         if (action.startsWith('#')) {
             const QString link = QString(action).replace(u"DATA"_s, folder);
-            page(link.startsWith(u"#deletePath"_s) ? PermissionsDataKind : CorvantaDataKind)
+            (link.startsWith(u"#deletePath"_s) ? permissionsPage : corvantaPage)
                 ->onLinkActivated(link);
         } else {
-            for (QPushButton* button : page(CorvantaDataKind)->findChildren<QPushButton*>()) {
-                if (button->text() == action)
-                    button->click();
-            }
+            button(corvantaPage, action)->click();
         }
         QCOMPARE(seen.size(), boxes.size());
         for (qsizetype i = 0; i < seen.size(); ++i)
@@ -265,46 +257,38 @@ private slots:
                          boxes[i].replace(u"DATA"_s, folder).replace(u"HOME"_s, home({}))),
                      qPrintable(seen.at(i)));
 
-        auto expected = before;
-        for (const QString& path : before.keys()) {
-            for (const QString& item : std::as_const(gone)) {
-                const QString removed = item == u"."_s ? folder : data(item);
-                if (path == removed || path.startsWith(removed + '/'))
-                    expected.remove(path);
-            }
-        }
-        QCOMPARE(outsideTrash(), expected);
+        QCOMPARE(tree({trash}), before);
         QCOMPARE(::access(notUtf8.constData(), F_OK) != 0,
-                 gone.contains(u"."_s) || answer == u"Yes"_s);
+                 gone.contains(folder) || answer == u"Yes"_s);
         QCOMPARE(trashList().count(folder), answer == u"Yes"_s ? 0 : gone.size());
         // Both pages show what is left.
-        const QString permissions =
-            htmlToPlainText(*page(PermissionsDataKind)->supportData()->text());
+        const QString permissions = htmlToPlainText(*permissionsPage->supportData()->text());
         for (const QString& item : std::as_const(gone))
-            QVERIFY(!permissions.contains((item == u"."_s ? folder : data(item)) + u" OK"_s));
+            QVERIFY(!permissions.contains(item + u" OK"_s));
         // Pages with errors come first and carry the icon.
         for (int i = 0; i < tabs.count(); ++i)
             QCOMPARE(tabs.tabIcon(i).isNull(),
                      static_cast<SupportTab*>(tabs.widget(i))->supportData()->errors().isEmpty());
         QCOMPARE(tabs.tabText(0) == u"Corvanta"_s,
-                 !page(CorvantaDataKind)->supportData()->errors().isEmpty());
-        QCOMPARE(htmlToPlainText(*page(CorvantaDataKind)->supportData()->text())
+                 !corvantaPage->supportData()->errors().isEmpty());
+        QCOMPARE(htmlToPlainText(*corvantaPage->supportData()->text())
                      .contains(folder + u" - Does Not Exist"_s),
-                 gone.contains(u"."_s));
+                 gone.contains(folder));
     }
 
-    // The page's other buttons are pressed in the window by the end-to-end test.
+    // The identifier is shown as text, whatever it holds. The page's other buttons are pressed in
+    // the window by the end-to-end test.
     void removeAllApplicationDataWithTheFolderGone()
     {
-        SupportCorvantaData data;
-        data.load();
-        SupportCorvantaTab page(&data);
+        QVERIFY(putFile(data(u"userUUID.txt"_s), "<a href='#deleteAppData'>x</a> &amp;\r\n"));
+        SupportCorvantaData collector;
+        collector.load();
+        QCOMPARE(collector.text()->count(u"<a href='#deleteAppData'"_s), 1);
+        QVERIFY(htmlToPlainText(*collector.text())
+                    .contains(u"\nUUID:               <a href='#deleteAppData'>x</a> &amp;\n"_s));
+        SupportCorvantaTab page(&collector);
         page.updateContent();
-        QPushButton* removeAll = nullptr;
-        for (QPushButton* button : page.findChildren<QPushButton*>()) {
-            if (button->text() == u"Remove All Application Data"_s)
-                removeAll = button;
-        }
+        QPushButton* removeAll = button(&page, u"Remove All Application Data"_s);
         QVERIFY(removeAll);
         QVERIFY(QDir(m_home.dataFolder()).removeRecursively());
         QTest::mouseClick(removeAll, Qt::LeftButton);
@@ -313,14 +297,13 @@ private slots:
         QVERIFY(listed.contains(' ' + m_home.preferences() + '\n'));
         QVERIFY(listed.contains(' ' + home(u".cache/Corvanta"_s) + '\n'));
         QCOMPARE(fileBytes(m_home.userMimeapps()), ProductHome::mimeappsWithoutProduct);
-        QVERIFY(!removeAll->isEnabled() && !data.hasAssociations());
-        QCOMPARE(data.errors(),
+        QVERIFY(!removeAll->isEnabled() && !collector.hasAssociations());
+        QCOMPARE(collector.errors(),
                  (QStringList{"Application Data folder not found.",
                               "Temporary Files folder not found.", "UUID file not found."}));
     }
 
-    // A value's body runs to the next bracket, across lines; one never closed stays as it is. The
-    // lead is matched by case. The window's test repairs a well-formed file.
+    // A value runs to the next bracket, across lines; one never closed stays; the lead is by case.
     void repairedSettingsText()
     {
         int emptied = 0;
@@ -398,10 +381,8 @@ private slots:
         }
     }
 
-    // Every entry below the product's folders, each once; links are not followed, unreadable
-    // folders passed by; of the preferences folder only the product's files count. The list is
-    // shown by a text browser for speed, looking exactly as the label of every other page (here
-    // the Corvanta page's) would show the same text.
+    // Every entry below the product's folders once, links not followed, unreadable folders passed
+    // by, only the product's preferences; its fast view looks exactly as another page's label.
     void walk()
     {
         RUN_AS_NOBODY_WHEN_ROOT();
@@ -452,13 +433,8 @@ private slots:
     void removeThroughTheLabel_data()
     {
         QTest::addColumn<QString>("name");
-        QTest::newRow("quote") << "o'brien.txt";
-        QTest::newRow("double quote") << "say \"hi\"";
-        QTest::newRow("ampersand") << "a&amp;b";
-        QTest::newRow("markup") << "a<b>c";
-        QTest::newRow("percent") << "100%25 %41";
-        QTest::newRow("hash") << "#1 design";
-        QTest::newRow("spaces") << "  two  spaces ";
+        QTest::newRow("quotes and markup") << "o'brien say \"hi\" a&amp;b a<b>c";
+        QTest::newRow("percent, hash, spaces") << "  #1 100%25 %41  two  spaces ";
         QTest::newRow("newline") << "two\nlines";
         QTest::newRow("non-ASCII") << "Grüße Ωmega ✓";
         QTest::newRow("not UTF-8") << decodeFileName("caf\xe9 \xff.txt");
@@ -469,8 +445,7 @@ private slots:
         QTest::newRow("4000 bytes") << longName;
     }
 
-    // The "Remove" link of exactly that path, activated from the keyboard in the real page,
-    // puts only that path into the trash, from which it comes back unchanged.
+    // The path's "Remove" link, taken by keyboard, trashes only that path, restorable unchanged.
     void removeThroughTheLabel()
     {
         QFETCH(QString, name);
@@ -552,15 +527,9 @@ private slots:
             }
         });
         answer.start(50);
-        const auto press = [&](const QString& button) {
-            for (QPushButton* candidate : page.findChildren<QPushButton*>()) {
-                if (candidate->text() == button)
-                    candidate->click();
-            }
-        };
-        press(u"Check Folder"_s);
+        button(&page, u"Check Folder"_s)->click();
         path = m_home.preferences();
-        press(u"Check File"_s);
+        button(&page, u"Check File"_s)->click();
         QCOMPARE(seen,
                  (QStringList{u"Choose Folder"_s, u"Choose File"_s,
                               "Corvanta Support|Path:\n" + path
