@@ -18,6 +18,10 @@
 
 #include <optional>
 
+#ifdef Q_OS_WIN
+#include <windows.h>
+#endif
+
 // The project's version, from CMake; the Windows sources check compiles without it.
 #ifndef CORVANTA_VERSION
 #define CORVANTA_VERSION "1.0.5"
@@ -98,13 +102,11 @@ bool readReport(const QString& path, ReportDocument* document, QString* reason)
     return readReportJson(bytes, document, reason);
 }
 
-} // namespace
-
 // Prints the report, the same text "Copy Report" gives, for support desks working over a remote
 // shell; or saves it, or compares it with an earlier one. The desktop's display is used when
 // there is one, the offscreen platform otherwise. Windows always has a desktop, and its own
 // platform describes the real screens.
-int main(int argc, char** argv)
+int runReport(int argc, char** argv)
 {
 #ifndef Q_OS_WIN
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
@@ -192,4 +194,19 @@ int main(int argc, char** argv)
         return commandLine.finish(differences.toUtf8(), !differences.isEmpty(), shown(folder));
     }
     return commandLine.finish(asJson ? json : text.toUtf8(), false, shown(folder));
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const int status = runReport(argc, argv);
+#ifdef Q_OS_WIN
+    // Everything is written and the application is gone. MinGW's thread library can be left with
+    // its key table locked by a thread that ended with the process, and the C++ runtime's own
+    // unloading then waits on it for ever; nothing of ours is left to run there.
+    std::fflush(nullptr);
+    TerminateProcess(GetCurrentProcess(), UINT(status));
+#endif
+    return status;
 }

@@ -140,15 +140,17 @@ corvanta=$(grep -nx Corvanta <<<"$pages" | cut -d: -f1)
 click 20 29
 for _ in $(seq 2 "$corvanta"); do xdotool key ctrl+Tab; done
 sleep 0.5
-click 79 518
+click 80 500
 # The extension keeps its key; only the product's default value goes.
 waits '! reg query "HKCU\Software\Classes\.cvd" /ve | grep -q Corvanta' "the association is left"
-click 597 518
+click 585 500
 waits '[ "$(cat "$preferences")" = "$(printf "[General]\nlastCheck=@DateTime()\nname=Ada")" ]' \
     "the preferences were not repaired: $(cat -v "$preferences")"
-click 717 518
+# The repair says what it changed in a box of its own.
+sleep 1 && xdotool key Return && sleep 0.5
+click 713 500
 waits '[ ! -e "$preferences" ] && trashed "$preferences"' "the preferences are not in the Recycle Bin"
-click 865 518
+click 866 500
 waits '[ ! -e "$data" ] && trashed "$data"' "the data folder is not in the Recycle Bin"
 click 15 6 && xdotool key Up Return
 waits '! xdotool search --onlyvisible --name "^Corvanta Support$" >/dev/null' \
