@@ -1,3 +1,4 @@
+#include "ProcessEnd.h"
 #include "SupportApplication.h"
 
 int main(int argc, char** argv)
@@ -8,5 +9,5 @@ int main(int argc, char** argv)
         application.createMainWindow();
         result = application.exec();
     }
-    return result;
+    return endProcess(result);
 }

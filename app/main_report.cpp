@@ -1,3 +1,4 @@
+#include "ProcessEnd.h"
 #include "ReportBundle.h"
 #include "ReportCommandLine.h"
 #include "ReportDiff.h"
@@ -17,10 +18,6 @@
 #include <functional>
 
 #include <optional>
-
-#ifdef Q_OS_WIN
-#include <windows.h>
-#endif
 
 // The project's version, from CMake; the Windows sources check compiles without it.
 #ifndef CORVANTA_VERSION
@@ -200,13 +197,5 @@ int runReport(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    const int status = runReport(argc, argv);
-#ifdef Q_OS_WIN
-    // Everything is written and the application is gone. MinGW's thread library can be left with
-    // its key table locked by a thread that ended with the process, and the C++ runtime's own
-    // unloading then waits on it for ever; nothing of ours is left to run there.
-    std::fflush(nullptr);
-    TerminateProcess(GetCurrentProcess(), UINT(status));
-#endif
-    return status;
+    return endProcess(runReport(argc, argv));
 }

@@ -1,0 +1,6 @@
+#include "ProcessEnd.h"
+
+int endProcess(int status)
+{
+    return status;
+}
