@@ -19,6 +19,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLibrary>
 #include <QSet>
 #include <QStandardPaths>
 #include <QUrl>
@@ -42,6 +43,32 @@ void openContainingFolder(const QString& path)
 QByteArray encoded(const QString& path)
 {
     return encodeFileName(path);
+}
+
+// The calls of GIO's trash, resolved once, on the first trashing.
+struct Gio
+{
+    GFile* (*newForPath)(const char*) = nullptr;
+    gboolean (*trash)(GFile*, GCancellable*, GError**) = nullptr;
+    void (*unref)(gpointer) = nullptr;
+};
+
+const Gio& loadedGio()
+{
+    static const Gio gio = [] {
+        Gio calls;
+        QLibrary library(QStringLiteral("gio-2.0"), 0);
+        if (!library.load()) {
+            qDebug() << "Failed to load GIO:" << library.errorString();
+            return calls;
+        }
+        calls.newForPath =
+            reinterpret_cast<decltype(calls.newForPath)>(library.resolve("g_file_new_for_path"));
+        calls.trash = reinterpret_cast<decltype(calls.trash)>(library.resolve("g_file_trash"));
+        calls.unref = reinterpret_cast<decltype(calls.unref)>(library.resolve("g_object_unref"));
+        return calls;
+    }();
+    return gio;
 }
 
 // The trashes GIO may choose for the item: the user's, or one at the top of the item's file system.
@@ -202,10 +229,17 @@ bool moveToRecycleBin(const QString& path, int& status, QString& reason)
     const QByteArray bytes = encoded(path);
     const QByteArrayList trashes = trashFolders(bytes);
     const QSet<QByteArray> before = trashRecords(trashes);
-    GFile* file = g_file_new_for_path(bytes.constData());
+    const Gio& gio = loadedGio();
+    if (!gio.newForPath || !gio.trash || !gio.unref) {
+        status = ENOSYS;
+        reason =
+            QCoreApplication::translate("FileDirTools", "The desktop's trash (GIO) is missing.");
+        return false;
+    }
+    GFile* file = gio.newForPath(bytes.constData());
     GError* error = nullptr;
-    const bool trashed = g_file_trash(file, nullptr, &error);
-    g_object_unref(file);
+    const bool trashed = gio.trash(file, nullptr, &error);
+    gio.unref(file);
     if (!trashed) {
         status = error->code;
         reason = QString::fromUtf8(error->message);

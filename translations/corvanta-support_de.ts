@@ -122,6 +122,10 @@
         <source>The trash could not record where it came from (the disk may be full, or the name too long), so it was left where it was.</source>
         <translation>Der Papierkorb konnte nicht festhalten, woher es kam (vielleicht ist der Datenträger voll oder der Name zu lang), daher blieb es, wo es war.</translation>
     </message>
+    <message>
+        <source>The desktop&apos;s trash (GIO) is missing.</source>
+        <translation>Der Papierkorb der Arbeitsumgebung (GIO) fehlt.</translation>
+    </message>
 </context>
 <context>
     <name>NetworkTools</name>
