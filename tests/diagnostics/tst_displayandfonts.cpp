@@ -53,8 +53,7 @@ public:
     }
 
 private slots:
-    // The fixed font is the first installed one of the list, by default ending with the system's
-    // own. A missing font has only its name line, no picture and no row on the page.
+    // The fixed font is the list's first installed; a missing font gets no block, picture or row.
     void fonts()
     {
         SupportFontsData none({u"Consolas"_s, u"Courier New"_s});
@@ -113,8 +112,7 @@ private slots:
         QCOMPARE(fonts.image().size(), picture);
     }
 
-    // Each screen smaller than 1024 x 768 is named, in screen order; DPI figures round half up. A
-    // folder where the workaround's file belongs fails Apply, for root too.
+    // Screens under 1024x768 named in order; DPI rounds half up; a folder in the way fails Apply.
     void display()
     {
         SupportDisplayData data;
@@ -145,8 +143,7 @@ private slots:
         QPushButton* apply = button(tab, u"Apply"_s);
         QPushButton* remove = button(tab, u"Remove"_s);
         QVERIFY(apply && apply->isEnabled() && remove && !remove->isEnabled());
-#ifndef Q_OS_WIN // On Windows the workaround goes to the registry, where no folder stands in its
-                 // way.
+#ifndef Q_OS_WIN // Windows' workaround goes to the registry, where no folder is in the way.
         QTest::mouseClick(apply, Qt::LeftButton);
         QVERIFY(apply->isEnabled() && !remove->isEnabled() && QFileInfo(file).isDir());
 #endif

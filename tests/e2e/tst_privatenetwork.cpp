@@ -423,8 +423,7 @@ private slots:
         QVERIFY(outputs[u"report.txt"_s].contains(u"\nHost Name:          host-1\n"_s));
     }
 
-    // Names that are common words and a version like an address: only identifying values change,
-    // none survives in any spelling, and an unchanged machine compares equal.
+    // Common words as names, a version like an address: only names change; no change, no diff.
     void redactionReplacesOnlyWhatIdentifies_data()
     {
         QTest::addColumn<QString>("host");
@@ -547,8 +546,7 @@ private slots:
             QVERIFY2(!shown.contains(token(value)), qPrintable(value));
     }
 
-    // Nothing differs from itself; then the product's folder, preference, association and an
-    // environment.d value (shown on no page) appear.
+    // Nothing differs from itself; then folder, preferences, association and environment.d appear.
     void differencesSinceAnEarlierReport()
     {
         QVERIFY(m_home.prepare());
@@ -593,8 +591,7 @@ private slots:
                  "  error gone: Application Data folder not found.\n"_s.arg(home));
     }
 
-    // The window comes before the probe's bound and a report copied meanwhile waits for answers.
-    // A heartbeat counts only from the GUI thread's own loop: a nested wait would shut input out.
+    // The window beats the probe's bound, a copied report waits; beats count in the GUI's own loop.
     void windowAndSystemRefreshLeaveTheGuiThreadFree()
     {
         {

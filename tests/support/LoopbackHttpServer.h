@@ -21,8 +21,7 @@ public:
     void answer(const QString& path, int status, const QByteArray& body = {},
                 const QByteArray& headers = {});
 
-    // Each request's path (after the host when proxied), then the values of the headers named in
-    // recordedHeaders (in lower case) that it carries.
+    // Each request's path (host first when proxied), then its recordedHeaders' values (lower case).
     QByteArrayList requests;
     QByteArrayList recordedHeaders{"authorization"};
     int openConnections = 0;
