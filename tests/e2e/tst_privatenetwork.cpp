@@ -114,30 +114,6 @@ QStringList valuesOf(const QJsonObject& root, const QString& label)
     return values;
 }
 
-// An address in each of its forms; the outputs are searched in any case.
-QStringList spellings(const QString& value)
-{
-    QStringList forms{value};
-    static const QRegularExpression mac(u"^[0-9A-Fa-f]{2}([:-][0-9A-Fa-f]{2}){5,7}$"_s);
-    const QHostAddress address(value);
-    if (mac.match(value).hasMatch()) {
-        forms << QString(value).replace('-', ':') << QString(value).replace(':', '-');
-    } else if (address.protocol() == QAbstractSocket::IPv6Protocol) {
-        const Q_IPV6ADDR bytes = address.toIPv6Address();
-        QStringList groups;
-        QStringList padded;
-        for (int i = 0; i < 16; i += 2) {
-            const int group = bytes[i] << 8 | bytes[i + 1];
-            groups << QString::number(group, 16);
-            padded << QString::number(group, 16).rightJustified(4, '0');
-        }
-        forms << address.toString() << groups.join(':') << padded.join(':');
-    } else if (value.count('-') == 4) {
-        forms << QString(value).remove('-');
-    }
-    return forms;
-}
-
 } // namespace
 
 // The programs in a namespace with a known host name and addresses, its TLS endpoints silent.
@@ -149,7 +125,6 @@ class tst_PrivateNetwork : public QObject
     QTemporaryDir m_files;
     QTcpServer m_server;
     QList<QTcpSocket*> m_connections;
-    QStringList m_loopbackAddresses; // before the namespace had an interface of its own
 
     static QStringList localAddressTexts()
     {
@@ -164,7 +139,8 @@ private slots:
     {
         QVERIFY(m_home.isValid() && m_files.isValid());
         QVERIFY(bringLoopbackUp());
-        m_loopbackAddresses = localAddressTexts();
+        // The interfaces' addresses, not the host name's; loopback only while it is all there is.
+        QCOMPARE(localAddressTexts(), (QStringList{u"127.0.0.1"_s, u"::1"_s}));
         QVERIFY(addInterface(u"d0"_s, {u"10.9.8.7/24"_s, u"fd00::a1:7/64"_s}));
         QCOMPARE(::sethostname(hostName.constData(), size_t(hostName.size())), 0);
         QVERIFY(putFile(m_files.filePath(u"hosts"_s), hosts));
@@ -190,19 +166,13 @@ private slots:
         // The closed proxy of the other suites would answer at once, and no silence be tested.
         for (const char* name : {"http_proxy", "https_proxy", "no_proxy"})
             qunsetenv(name);
+        QCOMPARE(localAddressTexts(), (QStringList{u"10.9.8.7"_s, u"fd00::a1:7"_s}));
     }
 
     void cleanupTestCase()
     {
         for (const QString& name : {u"full"_s, u"readonly"_s})
             QCOMPARE(::umount(QFile::encodeName(m_files.filePath(name)).constData()), 0);
-    }
-
-    // The interfaces' addresses, not the host name's; loopback only while it is all there is.
-    void localAddresses()
-    {
-        QCOMPARE(m_loopbackAddresses, (QStringList{u"127.0.0.1"_s, u"::1"_s}));
-        QCOMPARE(localAddressTexts(), (QStringList{u"10.9.8.7"_s, u"fd00::a1:7"_s}));
     }
 
     // The report program as a shell user meets it, without a display, in the language of LANG.
@@ -412,8 +382,9 @@ private slots:
             outputs.insert(name, QString::fromLatin1(fileBytes(hiddenFolder + '/' + name)));
         QCOMPARE(outputs.size(), 6);
         QVERIFY(redacted.errors.contains(u"saved the report in \"~/redacted/"_s));
+        // In any case, a MAC with colons too; the redactor's rows prove the other spellings.
         for (const QString& value : std::as_const(values)) {
-            for (const QString& form : spellings(value)) {
+            for (const QString& form : {value, QString(value).replace('-', ':')}) {
                 for (auto it = outputs.cbegin(); it != outputs.cend(); ++it)
                     QVERIFY2(!it.value().contains(form, Qt::CaseInsensitive),
                              qPrintable(form + u" in "_s + it.key()));
