@@ -147,11 +147,10 @@ private slots:
             qPrintable(page()), 20000);
         // A screen reader reads the text, the link in hand its selection; Tab moves from the tabs.
         x.keys({u"Tab"_s});
-        const auto text = [&] {
-            return widgets.find(u"label"_s, u"Application Data:"_s);
-        };
-        QTRY_COMPARE_WITH_TIMEOUT(text().selected, home.dataFolder(), 10000);
-        QCOMPARE(text().text, text().name);
+        QTRY_COMPARE_WITH_TIMEOUT(widgets.find(u"label"_s, u"Application Data:"_s).selected,
+                                  home.dataFolder(), 10000);
+        const AccessibleProgram::Item text = widgets.find(u"label"_s, u"Application Data:"_s);
+        QCOMPARE(text.text, text.name);
 
         // After each repair the window describes the machine as a fresh report does.
         const auto agrees = [&] {

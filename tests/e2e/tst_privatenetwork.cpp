@@ -208,10 +208,9 @@ private slots:
         const QString files = m_files.path();
         row("no JSON to compare", {u"--diff"_s, files + u"/empty.json"_s}, 2, {},
             files + u"/empty.json: not JSON (illegal value at byte 0)"_s);
-        // Looked at, never opened: neither ends, and a FIFO would not even open.
-        for (const QString& odd : {u"/dev/zero"_s, files + u"/fifo"_s})
-            row("a special file to compare", {u"--diff"_s, odd}, 2, {},
-                odd + u": not a regular file, so not a report"_s);
+        // Looked at, never opened: a FIFO would not even open, nor a read of it end.
+        row("a FIFO to compare", {u"--diff"_s, files + u"/fifo"_s}, 2, {},
+            files + u"/fifo: not a regular file, so not a report"_s);
         row("a folder to compare", {u"--diff"_s, files}, 2, {},
             files + u": a folder, not a report"_s);
         row("a file over 64 MiB to compare", {u"--diff"_s, files + u"/big.json"_s}, 2, {},

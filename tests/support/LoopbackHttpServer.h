@@ -8,9 +8,8 @@
 
 #include <memory>
 
-// An HTTP/1.1 server on 127.0.0.1 answering each path with its canned answers in turn, the last
-// one again after that, silent for a path without one. A whole URL, as sent to a proxy, is
-// answered by its path, so it is a forward proxy too. With TLS, its certificate is self-signed.
+// HTTP/1.1 on 127.0.0.1: each path's answers in turn, the last repeated, else silence; a proxied
+// URL is answered by its path, so it is a forward proxy too. TLS has a self-signed certificate.
 class LoopbackHttpServer
 {
 public:
