@@ -26,14 +26,6 @@ QStringList block(const QString& text, const QString& name)
                      : lines.mid(start + 1, lines.indexOf(QString(), start) - start - 1);
 }
 
-QPushButton* button(const QWidget& tab, const QString& action)
-{
-    for (QPushButton* candidate : tab.findChildren<QPushButton*>())
-        if (candidate->text() == action + u" DPI Workaround"_s)
-            return candidate;
-    return nullptr;
-}
-
 } // namespace
 
 // The Display and Fonts pages; real screens are loaded end to end under Xvfb.
@@ -140,8 +132,10 @@ private slots:
         tab.updateContent();
         tab.show();
         QVERIFY(QTest::qWaitForWindowExposed(&tab));
-        QPushButton* apply = button(tab, u"Apply"_s);
-        QPushButton* remove = button(tab, u"Remove"_s);
+        QPushButton* apply = nullptr;
+        QPushButton* remove = nullptr;
+        for (QPushButton* button : tab.findChildren<QPushButton*>())
+            (button->text() == u"Apply DPI Workaround"_s ? apply : remove) = button;
         QVERIFY(apply && apply->isEnabled() && remove && !remove->isEnabled());
 #ifndef Q_OS_WIN // Windows' workaround goes to the registry, where no folder is in the way.
         QTest::mouseClick(apply, Qt::LeftButton);

@@ -516,7 +516,7 @@ private slots:
             QVERIFY2(!shown.contains(token(value)), qPrintable(value));
     }
 
-    // Nothing differs from itself; then folder, preferences, association and environment.d appear.
+    // An earlier name stays hidden; then folder, preferences, association and environment.d appear.
     void differencesSinceAnEarlierReport()
     {
         QVERIFY(m_home.prepare());
@@ -526,9 +526,6 @@ private slots:
         const Run saved = report({u"--format"_s, u"json"_s});
         QCOMPARE(saved.exitCode, 0);
         QVERIFY(putFile(earlier, saved.output));
-        const Run same = report({u"--diff"_s, earlier, earlier});
-        QCOMPARE(same.exitCode, 0);
-        QCOMPARE(same.output, QByteArray());
         // A name only the earlier report gives is hidden too, in both forms of the comparison.
         const QString renamed = m_files.filePath(u"renamed.json"_s);
         QVERIFY(putFile(renamed, QByteArray(saved.output).replace("qa-bench-7", "oldbox")));
