@@ -68,7 +68,7 @@ const QByteArray hosts = "127.0.0.1 localhost\n10.9.8.7 qa-bench-7.example.net q
 
 struct Run
 {
-    int exitCode = -1;
+    int exitCode;
     QByteArray output;
     QString errors;
 };
@@ -89,12 +89,10 @@ Run report(const QStringList& arguments,
                       ? QCoreApplication::applicationFilePath()
                       : QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY),
                   arguments);
-    Run run;
-    if (program.waitForFinished(60000) && program.exitStatus() == QProcess::NormalExit)
-        run.exitCode = program.exitCode();
-    run.output = program.readAllStandardOutput();
-    run.errors = QString::fromUtf8(program.readAllStandardError());
-    return run;
+    const bool ended =
+        program.waitForFinished(60000) && program.exitStatus() == QProcess::NormalExit;
+    return {ended ? program.exitCode() : -1, program.readAllStandardOutput(),
+            QString::fromUtf8(program.readAllStandardError())};
 }
 
 // Every value the page gives under the label, the items of a list included.

@@ -24,7 +24,6 @@ public:
     QByteArrayList requests;
     QByteArrayList recordedHeaders{"authorization"};
     int openConnections = 0;
-    // How long each answer waits before it goes out.
     int delayMs = 0;
 
 private:
