@@ -291,10 +291,6 @@ private slots:
             << u"debian"_s << u"local"_s
             << u"~/.local/share Locale: /srv/local/x LOCAL debian.lan Debian"_s
             << u"~/.local/share Locale: /srv/user-1/x user-1 host-1.lan host-1"_s;
-        QTest::newRow("mono, sans")
-            << u"mono"_s << u"sans"_s
-            << u"monospace SansSerif SANS mono: http://mono:8080/ x-sans"_s
-            << u"monospace SansSerif user-1 host-1: http://host-1:8080/ x-user-1"_s;
         QTest::newRow("home, data, system, linux")
             << u"home"_s << u"data"_s << u"/home/data/x ~/.data Data: systemd HOME"_s
             << u"/host-1/user-1/x ~/.data user-1: systemd host-1"_s;

@@ -26,14 +26,6 @@ QStringList block(const QString& text, const QString& name)
                      : lines.mid(start + 1, lines.indexOf(QString(), start) - start - 1);
 }
 
-QPushButton* button(const QWidget& tab, const QString& action)
-{
-    for (QPushButton* candidate : tab.findChildren<QPushButton*>())
-        if (candidate->text() == action + u" DPI Workaround"_s)
-            return candidate;
-    return nullptr;
-}
-
 } // namespace
 
 // The Display and Fonts pages; real screens are loaded end to end under Xvfb.
@@ -53,8 +45,7 @@ public:
     }
 
 private slots:
-    // The fixed font is the first installed one of the list, by default ending with the system's
-    // own. A missing font has only its name line, no picture and no row on the page.
+    // The fixed font is the list's first installed; a missing font gets no block, picture or row.
     void fonts()
     {
         SupportFontsData none({u"Consolas"_s, u"Courier New"_s});
@@ -113,8 +104,7 @@ private slots:
         QCOMPARE(fonts.image().size(), picture);
     }
 
-    // Each screen smaller than 1024 x 768 is named, in screen order; DPI figures round half up. A
-    // folder where the workaround's file belongs fails Apply, for root too.
+    // Screens under 1024x768 named in order; DPI rounds half up; a folder in the way fails Apply.
     void display()
     {
         SupportDisplayData data;
@@ -142,11 +132,12 @@ private slots:
         tab.updateContent();
         tab.show();
         QVERIFY(QTest::qWaitForWindowExposed(&tab));
-        QPushButton* apply = button(tab, u"Apply"_s);
-        QPushButton* remove = button(tab, u"Remove"_s);
+        QPushButton* apply = nullptr;
+        QPushButton* remove = nullptr;
+        for (QPushButton* button : tab.findChildren<QPushButton*>())
+            (button->text() == u"Apply DPI Workaround"_s ? apply : remove) = button;
         QVERIFY(apply && apply->isEnabled() && remove && !remove->isEnabled());
-#ifndef Q_OS_WIN // On Windows the workaround goes to the registry, where no folder stands in its
-                 // way.
+#ifndef Q_OS_WIN // Windows' workaround goes to the registry, where no folder is in the way.
         QTest::mouseClick(apply, Qt::LeftButton);
         QVERIFY(apply->isEnabled() && !remove->isEnabled() && QFileInfo(file).isDir());
 #endif

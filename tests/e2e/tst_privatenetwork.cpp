@@ -68,7 +68,7 @@ const QByteArray hosts = "127.0.0.1 localhost\n10.9.8.7 qa-bench-7.example.net q
 
 struct Run
 {
-    int exitCode = -1;
+    int exitCode;
     QByteArray output;
     QString errors;
 };
@@ -89,12 +89,10 @@ Run report(const QStringList& arguments,
                       ? QCoreApplication::applicationFilePath()
                       : QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY),
                   arguments);
-    Run run;
-    if (program.waitForFinished(60000) && program.exitStatus() == QProcess::NormalExit)
-        run.exitCode = program.exitCode();
-    run.output = program.readAllStandardOutput();
-    run.errors = QString::fromUtf8(program.readAllStandardError());
-    return run;
+    const bool ended =
+        program.waitForFinished(60000) && program.exitStatus() == QProcess::NormalExit;
+    return {ended ? program.exitCode() : -1, program.readAllStandardOutput(),
+            QString::fromUtf8(program.readAllStandardError())};
 }
 
 // Every value the page gives under the label, the items of a list included.
@@ -114,30 +112,6 @@ QStringList valuesOf(const QJsonObject& root, const QString& label)
     return values;
 }
 
-// An address in each of its forms; the outputs are searched in any case.
-QStringList spellings(const QString& value)
-{
-    QStringList forms{value};
-    static const QRegularExpression mac(u"^[0-9A-Fa-f]{2}([:-][0-9A-Fa-f]{2}){5,7}$"_s);
-    const QHostAddress address(value);
-    if (mac.match(value).hasMatch()) {
-        forms << QString(value).replace('-', ':') << QString(value).replace(':', '-');
-    } else if (address.protocol() == QAbstractSocket::IPv6Protocol) {
-        const Q_IPV6ADDR bytes = address.toIPv6Address();
-        QStringList groups;
-        QStringList padded;
-        for (int i = 0; i < 16; i += 2) {
-            const int group = bytes[i] << 8 | bytes[i + 1];
-            groups << QString::number(group, 16);
-            padded << QString::number(group, 16).rightJustified(4, '0');
-        }
-        forms << address.toString() << groups.join(':') << padded.join(':');
-    } else if (value.count('-') == 4) {
-        forms << QString(value).remove('-');
-    }
-    return forms;
-}
-
 } // namespace
 
 // The programs in a namespace with a known host name and addresses, its TLS endpoints silent.
@@ -149,7 +123,6 @@ class tst_PrivateNetwork : public QObject
     QTemporaryDir m_files;
     QTcpServer m_server;
     QList<QTcpSocket*> m_connections;
-    QStringList m_loopbackAddresses; // before the namespace had an interface of its own
 
     static QStringList localAddressTexts()
     {
@@ -164,7 +137,8 @@ private slots:
     {
         QVERIFY(m_home.isValid() && m_files.isValid());
         QVERIFY(bringLoopbackUp());
-        m_loopbackAddresses = localAddressTexts();
+        // The interfaces' addresses, not the host name's; loopback only while it is all there is.
+        QCOMPARE(localAddressTexts(), (QStringList{u"127.0.0.1"_s, u"::1"_s}));
         QVERIFY(addInterface(u"d0"_s, {u"10.9.8.7/24"_s, u"fd00::a1:7/64"_s}));
         QCOMPARE(::sethostname(hostName.constData(), size_t(hostName.size())), 0);
         QVERIFY(putFile(m_files.filePath(u"hosts"_s), hosts));
@@ -190,19 +164,13 @@ private slots:
         // The closed proxy of the other suites would answer at once, and no silence be tested.
         for (const char* name : {"http_proxy", "https_proxy", "no_proxy"})
             qunsetenv(name);
+        QCOMPARE(localAddressTexts(), (QStringList{u"10.9.8.7"_s, u"fd00::a1:7"_s}));
     }
 
     void cleanupTestCase()
     {
         for (const QString& name : {u"full"_s, u"readonly"_s})
             QCOMPARE(::umount(QFile::encodeName(m_files.filePath(name)).constData()), 0);
-    }
-
-    // The interfaces' addresses, not the host name's; loopback only while it is all there is.
-    void localAddresses()
-    {
-        QCOMPARE(m_loopbackAddresses, (QStringList{u"127.0.0.1"_s, u"::1"_s}));
-        QCOMPARE(localAddressTexts(), (QStringList{u"10.9.8.7"_s, u"fd00::a1:7"_s}));
     }
 
     // The report program as a shell user meets it, without a display, in the language of LANG.
@@ -238,10 +206,9 @@ private slots:
         const QString files = m_files.path();
         row("no JSON to compare", {u"--diff"_s, files + u"/empty.json"_s}, 2, {},
             files + u"/empty.json: not JSON (illegal value at byte 0)"_s);
-        // Looked at, never opened: neither ends, and a FIFO would not even open.
-        for (const QString& odd : {u"/dev/zero"_s, files + u"/fifo"_s})
-            row("a special file to compare", {u"--diff"_s, odd}, 2, {},
-                odd + u": not a regular file, so not a report"_s);
+        // Looked at, never opened: a FIFO would not even open, nor a read of it end.
+        row("a FIFO to compare", {u"--diff"_s, files + u"/fifo"_s}, 2, {},
+            files + u"/fifo: not a regular file, so not a report"_s);
         row("a folder to compare", {u"--diff"_s, files}, 2, {},
             files + u": a folder, not a report"_s);
         row("a file over 64 MiB to compare", {u"--diff"_s, files + u"/big.json"_s}, 2, {},
@@ -412,8 +379,9 @@ private slots:
             outputs.insert(name, QString::fromLatin1(fileBytes(hiddenFolder + '/' + name)));
         QCOMPARE(outputs.size(), 6);
         QVERIFY(redacted.errors.contains(u"saved the report in \"~/redacted/"_s));
+        // In any case, a MAC with colons too; the redactor's rows prove the other spellings.
         for (const QString& value : std::as_const(values)) {
-            for (const QString& form : spellings(value)) {
+            for (const QString& form : {value, QString(value).replace('-', ':')}) {
                 for (auto it = outputs.cbegin(); it != outputs.cend(); ++it)
                     QVERIFY2(!it.value().contains(form, Qt::CaseInsensitive),
                              qPrintable(form + u" in "_s + it.key()));
@@ -423,8 +391,7 @@ private slots:
         QVERIFY(outputs[u"report.txt"_s].contains(u"\nHost Name:          host-1\n"_s));
     }
 
-    // Names that are common words and a version like an address: only identifying values change,
-    // none survives in any spelling, and an unchanged machine compares equal.
+    // Common words as names, a version like an address: only names change; no change, no diff.
     void redactionReplacesOnlyWhatIdentifies_data()
     {
         QTest::addColumn<QString>("host");
@@ -547,8 +514,7 @@ private slots:
             QVERIFY2(!shown.contains(token(value)), qPrintable(value));
     }
 
-    // Nothing differs from itself; then the product's folder, preference, association and an
-    // environment.d value (shown on no page) appear.
+    // An earlier name stays hidden; then folder, preferences, association and environment.d appear.
     void differencesSinceAnEarlierReport()
     {
         QVERIFY(m_home.prepare());
@@ -558,9 +524,6 @@ private slots:
         const Run saved = report({u"--format"_s, u"json"_s});
         QCOMPARE(saved.exitCode, 0);
         QVERIFY(putFile(earlier, saved.output));
-        const Run same = report({u"--diff"_s, earlier, earlier});
-        QCOMPARE(same.exitCode, 0);
-        QCOMPARE(same.output, QByteArray());
         // A name only the earlier report gives is hidden too, in both forms of the comparison.
         const QString renamed = m_files.filePath(u"renamed.json"_s);
         QVERIFY(putFile(renamed, QByteArray(saved.output).replace("qa-bench-7", "oldbox")));
@@ -593,8 +556,7 @@ private slots:
                  "  error gone: Application Data folder not found.\n"_s.arg(home));
     }
 
-    // The window comes before the probe's bound and a report copied meanwhile waits for answers.
-    // A heartbeat counts only from the GUI thread's own loop: a nested wait would shut input out.
+    // The window beats the probe's bound, a copied report waits; beats count in the GUI's own loop.
     void windowAndSystemRefreshLeaveTheGuiThreadFree()
     {
         {

@@ -14,20 +14,14 @@ namespace {
 
 using Node = std::pair<QString, QString>; // service, object path
 
-QVariantList callForAll(const QDBusConnection& bus, const Node& node, const QString& method,
-                        const QVariantList& arguments = {})
+QVariantList call(const QDBusConnection& bus, const Node& node, const QString& method,
+                  const QVariantList& arguments = {})
 {
     const qsizetype dot = method.lastIndexOf('.');
     QDBusMessage message = QDBusMessage::createMethodCall(node.first, node.second, method.left(dot),
                                                           method.mid(dot + 1));
     message.setArguments(arguments);
     return bus.call(message).arguments();
-}
-
-QVariant call(const QDBusConnection& bus, const Node& node, const QString& method,
-              const QVariantList& arguments = {})
-{
-    return callForAll(bus, node, method, arguments).value(0);
 }
 
 QString accessibilityBusAddress()
@@ -38,6 +32,7 @@ QString accessibilityBusAddress()
     qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
     return call(QDBusConnection::sessionBus(), {u"org.a11y.Bus"_s, u"/org/a11y/bus"_s},
                 u"org.a11y.Bus.GetAddress"_s)
+        .value(0)
         .toString();
 }
 
@@ -45,6 +40,7 @@ QVariant property(const QDBusConnection& bus, const Node& node, const QString& n
 {
     return call(bus, node, u"org.freedesktop.DBus.Properties.Get"_s,
                 {u"org.a11y.atspi.Accessible"_s, name})
+        .value(0)
         .value<QDBusVariant>()
         .variant();
 }
@@ -53,7 +49,7 @@ QList<Node> children(const QDBusConnection& bus, const Node& node)
 {
     QList<Node> result;
     const auto list =
-        call(bus, node, u"org.a11y.atspi.Accessible.GetChildren"_s).value<QDBusArgument>();
+        call(bus, node, u"org.a11y.atspi.Accessible.GetChildren"_s).value(0).value<QDBusArgument>();
     list.beginArray();
     while (!list.atEnd()) {
         QString service;
@@ -70,21 +66,22 @@ QList<Node> children(const QDBusConnection& bus, const Node& node)
 void walk(const QDBusConnection& bus, const Node& node, QList<AccessibleProgram::Item>& found)
 {
     const auto states =
-        qdbus_cast<QList<uint>>(call(bus, node, u"org.a11y.atspi.Accessible.GetState"_s));
+        qdbus_cast<QList<uint>>(call(bus, node, u"org.a11y.atspi.Accessible.GetState"_s).value(0));
     if (states.isEmpty() || !(states.first() & (1u << 25))) // not showing
         return;
     const auto box =
         call(bus, node, u"org.a11y.atspi.Component.GetExtents"_s, {QVariant::fromValue(0u)})
+            .value(0)
             .value<QDBusArgument>();
     int x = 0, y = 0, width = 0, height = 0;
     box.beginStructure();
     box >> x >> y >> width >> height;
     box.endStructure();
-    const QString text = call(bus, node, u"org.a11y.atspi.Text.GetText"_s, {0, -1}).toString();
-    const QVariantList selection =
-        callForAll(bus, node, u"org.a11y.atspi.Text.GetSelection"_s, {0});
+    const QString text =
+        call(bus, node, u"org.a11y.atspi.Text.GetText"_s, {0, -1}).value(0).toString();
+    const QVariantList selection = call(bus, node, u"org.a11y.atspi.Text.GetSelection"_s, {0});
     const int start = selection.value(0).toInt();
-    found.append({call(bus, node, u"org.a11y.atspi.Accessible.GetRoleName"_s).toString(),
+    found.append({call(bus, node, u"org.a11y.atspi.Accessible.GetRoleName"_s).value(0).toString(),
                   property(bus, node, u"Name"_s).toString(), QRect(x, y, width, height),
                   (states.first() & (1u << 8)) != 0, // enabled
                   text, text.mid(start, selection.value(1).toInt() - start)});

@@ -5,11 +5,8 @@
 
 class XvfbServer;
 
-// The program's widgets as the desktop's accessibility bus shows them to assistive tools, in the
-// order of its widget tree: a test finds a button or a page tab by its name and clicks where it is
-// on the screen, whatever the focus and the order of the pages.
-// Make it before starting the program: the session bus starts the accessibility bus in the test's
-// home, and Qt programs started afterwards register there.
+// The program's widgets as assistive tools see them, in tree order, found by name and clicked.
+// Make it before starting the program, so the program registers on this accessibility bus.
 class AccessibleProgram
 {
 public:

@@ -8,9 +8,8 @@
 
 #include <memory>
 
-// An HTTP/1.1 server on 127.0.0.1 answering each path with its canned answers in turn, the last
-// one again after that, silent for a path without one. A whole URL, as sent to a proxy, is
-// answered by its path, so it is a forward proxy too. With TLS, its certificate is self-signed.
+// HTTP/1.1 on 127.0.0.1: each path's answers in turn, the last repeated, else silence; a proxied
+// URL is answered by its path, so it is a forward proxy too. TLS has a self-signed certificate.
 class LoopbackHttpServer
 {
 public:
@@ -21,12 +20,10 @@ public:
     void answer(const QString& path, int status, const QByteArray& body = {},
                 const QByteArray& headers = {});
 
-    // Each request's path (after the host when proxied), then the values of the headers named in
-    // recordedHeaders (in lower case) that it carries.
+    // Each request's path (host first when proxied), then its recordedHeaders' values (lower case).
     QByteArrayList requests;
     QByteArrayList recordedHeaders{"authorization"};
     int openConnections = 0;
-    // How long each answer waits before it goes out.
     int delayMs = 0;
 
 private:
