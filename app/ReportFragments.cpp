@@ -33,16 +33,19 @@ QString encodedHref(const QString& href)
     return result;
 }
 
-// A field as a helper added it to a watched page: where it starts, the markup it added, and its
-// parts as given, still in markup.
+// A field as a helper added it to a watched page: where it starts, the size and hash of the markup
+// it added (a large tree has a hundred thousand of these), and its parts as given, still in markup
+// apart from a path given as its name.
 struct FieldEntry
 {
     qsizetype offset = 0;
-    QString html;
+    qsizetype htmlSize = 0;
+    size_t htmlHash = 0;
     QString label;
     QString value;
     bool hasValue = false;
     QString note;
+    bool labelIsFileName = false;
 };
 
 // Pages are rendered on the loader's thread and read on the GUI thread.
@@ -69,7 +72,8 @@ void noteField(const QString& output, qsizetype start, FieldEntry entry)
     while (!page->isEmpty() && page->last().offset >= start)
         page->removeLast();
     entry.offset = start;
-    entry.html = output.mid(start);
+    entry.htmlSize = output.size() - start;
+    entry.htmlHash = qHash(QStringView(output).mid(start));
     page->append(entry);
 }
 
@@ -125,7 +129,7 @@ void appendField(QString& output, const QString& label, const QVariant& value, c
 {
     const qsizetype start = output.size();
     layField(output, label, value, note, suffix);
-    noteField(output, start, {0, {}, label, valueText(value), !value.isNull(), note});
+    noteField(output, start, {0, 0, 0, label, valueText(value), !value.isNull(), note});
 }
 
 void appendIndented(QString& output, const QString& label, const QVariant& value, int width)
@@ -135,7 +139,7 @@ void appendIndented(QString& output, const QString& label, const QVariant& value
     if (!value.isNull())
         output += value.toString();
     noteField(output, start,
-              {0, {}, QStringLiteral("  ") + label, value.toString(), !value.isNull(), {}});
+              {0, 0, 0, QStringLiteral("  ") + label, value.toString(), !value.isNull(), {}});
 }
 
 void appendPathState(QString& output, const QString& action, const QString& path,
@@ -145,12 +149,10 @@ void appendPathState(QString& output, const QString& action, const QString& path
     // Written piece by piece: a large tree has hundreds of thousands of these lines.
     output += removeLink(action);
     output += QLatin1Char(' ');
-    const qsizetype pathStart = output.size();
     output += fileLink(path);
-    const qsizetype pathEnd = output.size();
     output += QLatin1Char(' ');
     output += state;
-    noteField(output, start, {0, {}, output.mid(pathStart, pathEnd - pathStart), state, true, {}});
+    noteField(output, start, {0, 0, 0, path, state, true, {}, true});
 }
 
 bool ReportField::operator==(const ReportField& other) const
@@ -184,9 +186,12 @@ QList<ReportField> renderedFields(const QString* page)
     QList<ReportField> fields;
     for (const FieldEntry& entry : std::as_const(entries)) {
         // Text written over the field without the helpers leaves it out.
-        if (QStringView(*page).mid(entry.offset, entry.html.size()) != entry.html)
+        if (entry.offset + entry.htmlSize > page->size()
+            || qHash(QStringView(*page).mid(entry.offset, entry.htmlSize)) != entry.htmlHash)
             continue;
-        ReportField field{htmlToPlainText(entry.label), QString(), htmlToPlainText(entry.note)};
+        ReportField field{entry.labelIsFileName ? displayFileName(entry.label)
+                                                : htmlToPlainText(entry.label),
+                          QString(), htmlToPlainText(entry.note)};
         if (entry.hasValue)
             field.value = htmlToPlainText(entry.value);
         // A line with nothing on it is spacing, not a field.
