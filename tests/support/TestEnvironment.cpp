@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QSettings>
 
 #include <fcntl.h>
 
@@ -18,6 +19,23 @@ const std::pair<const char*, const char*> folders[] = {{"HOME", ""},
                                                        {"XDG_STATE_HOME", "/.local/state"},
                                                        {"XDG_RUNTIME_DIR", "/runtime"}};
 
+#ifdef Q_OS_WIN
+// Windows finds a user's folders here, whatever HOME says; they are redirected as an
+// administrator would redirect them.
+const std::pair<QString, QString> profileFolders[] = {{u"AppData"_s, u"/.local/share"_s},
+                                                      {u"Local AppData"_s, u"/.cache"_s},
+                                                      {u"Personal"_s, u"/Documents"_s},
+                                                      {u"Desktop"_s, u"/Desktop"_s}};
+
+QSettings& shellFolders()
+{
+    static QSettings key(u"HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\"
+                         "Explorer\\User Shell Folders"_s,
+                         QSettings::NativeFormat);
+    return key;
+}
+#endif
+
 } // namespace
 
 TestEnvironment::TestEnvironment()
@@ -28,6 +46,14 @@ TestEnvironment::TestEnvironment()
     QDir().mkpath(path(u"runtime"_s));
     QFile::setPermissions(path(u"runtime"_s),
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+#ifdef Q_OS_WIN
+    for (const auto& [name, folder] : profileFolders) {
+        m_savedFolders.append(shellFolders().value(name).toString());
+        QDir().mkpath(m_dir.path() + folder);
+        shellFolders().setValue(name, QDir::toNativeSeparators(m_dir.path() + folder));
+    }
+    shellFolders().sync();
+#endif
 }
 
 TestEnvironment::~TestEnvironment()
@@ -38,8 +64,9 @@ TestEnvironment::~TestEnvironment()
         else
             qunsetenv(name);
     }
+    for (qsizetype i = 0; i < m_savedFolders.size(); ++i)
+        shellFolders().setValue(profileFolders[i].first, m_savedFolders.at(i));
 }
-
 bool putFile(const QString& path, const QByteArray& bytes)
 {
     QDir().mkpath(QFileInfo(path).absolutePath());

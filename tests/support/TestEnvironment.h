@@ -3,8 +3,9 @@
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
 
-// A private home for one test: HOME and every XDG folder point into a temporary directory that is
-// removed afterwards, so no test reads or writes the real user's files.
+// A private home for one test: HOME, every XDG folder and Windows' folders of the user point into
+// a temporary directory that is removed afterwards, so no test reads or writes the real user's
+// files.
 class TestEnvironment
 {
 public:
@@ -18,6 +19,7 @@ public:
 private:
     QTemporaryDir m_dir;
     QProcessEnvironment m_saved;
+    QStringList m_savedFolders; // Windows' folders of the user
 };
 
 // Writes the bytes, creating missing folders first.
