@@ -12,6 +12,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+// Bytes as they are: Windows' C runtime would otherwise turn line ends into CR LF and back.
+#ifdef O_BINARY
+constexpr int binary = O_BINARY;
+#else
+constexpr int binary = 0;
+#endif
+
 const std::pair<const char*, const char*> folders[] = {{"HOME", ""},
                                                        {"XDG_DATA_HOME", "/.local/share"},
                                                        {"XDG_CONFIG_HOME", "/.config"},
@@ -64,14 +71,17 @@ TestEnvironment::~TestEnvironment()
         else
             qunsetenv(name);
     }
+#ifdef Q_OS_WIN
     for (qsizetype i = 0; i < m_savedFolders.size(); ++i)
         shellFolders().setValue(profileFolders[i].first, m_savedFolders.at(i));
+#endif
 }
 bool putFile(const QString& path, const QByteArray& bytes)
 {
     QDir().mkpath(QFileInfo(path).absolutePath());
     // By the name's own bytes, so that a name that is not UTF-8 can be made.
-    const int fd = ::creat(encodeFileName(path).constData(), 0666);
+    const int fd =
+        ::open(encodeFileName(path).constData(), O_WRONLY | O_CREAT | O_TRUNC | binary, 0666);
     QFile file;
     return fd >= 0 && file.open(fd, QIODevice::WriteOnly, QFileDevice::AutoCloseHandle)
            && file.write(bytes) == bytes.size();
@@ -79,7 +89,7 @@ bool putFile(const QString& path, const QByteArray& bytes)
 
 QByteArray fileBytes(const QString& path)
 {
-    const int fd = ::open(encodeFileName(path).constData(), O_RDONLY);
+    const int fd = ::open(encodeFileName(path).constData(), O_RDONLY | binary);
     QFile file;
     return fd >= 0 && file.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)
                ? file.readAll()
