@@ -14,8 +14,10 @@
 #include <QTest>
 #include <QThread>
 
+#ifndef Q_OS_WIN
 #include <pwd.h>
 #include <unistd.h>
+#endif
 
 using namespace Qt::StringLiterals;
 using namespace SystemProfileParsers;
@@ -25,6 +27,13 @@ namespace {
 const quint64 GiB = quint64(1) << 30;
 const QString listing = u"\r\n\r\nDeviceID     : C:\r\nSize         : 238.5 GB\r\n\r\n"_s;
 const QString probePath = u"/myip.php"_s;
+// Windows' probe asks for TLS, which the plain loopback server does not speak; the Win32 suite
+// probes a TLS server.
+#ifdef Q_OS_WIN
+const QString probed = u"Error"_s;
+#else
+const QString probed = u"OK"_s;
+#endif
 
 // wmic's adapter records, each type|description|address.
 const QString adapterListing = [] {
@@ -55,7 +64,7 @@ private slots:
     void initTestCase() { QVERIFY(m_environment.isValid()); }
 
     // First, so that the profile is made here, by whichever of two threads asks first.
-    void linuxProfile()
+    void profile()
     {
         QSharedPointer<SystemProfile> fromThread;
         std::unique_ptr<QThread> thread(
@@ -66,10 +75,17 @@ private slots:
         QVERIFY(fromHere);
         QCOMPARE(fromThread, fromHere);
         const SystemProfile& profile = *fromHere;
-        QVERIFY(profile.osName().startsWith(u"Linux "_s) && profile.cpuSpeed().endsWith(u" Ghz"_s));
+        QVERIFY(profile.cpuSpeed().endsWith(u" Ghz"_s));
         QVERIFY(profile.cpuThreads() >= 1 && profile.ramGB() >= 1);
+#ifdef Q_OS_WIN // Read through WMI.
+        QVERIFY(profile.osName().startsWith(u"Windows "_s));
+        QVERIFY(profile.is64Bit());
+        QCOMPARE(profile.hostName(), qEnvironmentVariable("COMPUTERNAME"));
+#else
+        QVERIFY(profile.osName().startsWith(u"Linux "_s));
         QCOMPARE(profile.homeFolderName(), QFileInfo(m_environment.home()).fileName());
         QCOMPARE(profile.userName(), QString::fromLocal8Bit(::getpwuid(::geteuid())->pw_name));
+#endif
     }
 
     void parsers_data()
@@ -137,20 +153,24 @@ private slots:
         QTEST(parsed, "expected");
     }
 
+#ifndef Q_OS_WIN // Linux's /sys.
     void sysfsTrees()
     {
         const QString memory = m_environment.path(u"memory"_s);
         QCOMPARE(SystemProfilePlatform::onlineMemoryBytes(memory), quint64(0));
         QVERIFY(putFile(memory + u"/block_size_bytes"_s, "8000000\n"));
-        for (const auto& [block, online] :
-             {std::pair{"memory0", "1\n"}, {"memory7", "0\n"}, {"memory12", "1\n"}})
+        for (const auto& [block, online] : {std::pair{"memory0", "1\n"},
+                                            {"memory7", "0\n"},
+                                            { "memory12",
+                                              "1\n" }})
             QVERIFY(putFile(memory + '/' + block + u"/online"_s, online));
         QCOMPARE(SystemProfilePlatform::onlineMemoryBytes(memory), quint64(2 * 0x8000000));
 
         const QString net = m_environment.path(u"net"_s);
         for (const auto& [name, address] : {std::pair{"eth0", "3c:7c:3f:11:22:33\n"},
                                             {"eth1", "00:50:56:c0:00:08\n"},
-                                            {"vbox", "0c:81:12:00:00:01\n"}}) {
+                                            { "vbox",
+                                              "0c:81:12:00:00:01\n" }}) {
             QVERIFY(putFile(net + '/' + name + u"/address"_s, address));
             QVERIFY(QFile::link(u"/sys/devices/system/cpu"_s, net + '/' + name + u"/device"_s));
         }
@@ -160,6 +180,7 @@ private slots:
         found.sort();
         QCOMPARE(found, QStringList({u"00-50-56-C0-00-08"_s, u"3C-7C-3F-11-22-33"_s}));
     }
+#endif
 
     // Empty listing and benchmark blocks keep their label padding.
     void rendering()
@@ -220,7 +241,8 @@ private slots:
                                                                            server.url(probePath)));
         loadAllSupportData(*table);
         const QString text = *findSupportData(*table, SystemDataKind)->text();
-        QVERIFY2(text.contains(u"  203.0.113.7<br><br>WinInet:            OK"_s), qPrintable(text));
+        QVERIFY2(text.contains("  203.0.113.7<br><br>WinInet:            " + probed),
+                 qPrintable(text));
     }
 
     void network_data()
@@ -232,7 +254,7 @@ private slots:
         QTest::newRow("answers") << QByteArrayList{R"({"ip":"203.0.113.7"})",
                                                    R"({"ip":"198.51.100.2"})", "<html>busy</html>"}
                                  << QByteArray("x")
-                                 << u"  198.51.100.2<br><br>WinInet:            OK"_s;
+                                 << "  198.51.100.2<br><br>WinInet:            " + probed;
         QTest::newRow("address not a string, empty probe body")
             << QByteArrayList{R"({"ip":7})"} << QByteArray("")
             << u"External IP Address:<br>  <br><br>WinInet:            Error"_s;
@@ -268,9 +290,9 @@ private slots:
         QVERIFY2(page.contains(shown), qPrintable(page));
         QVERIFY(!page.contains(u"SSL Errors:"_s));
         QCOMPARE(replies.size(), addressBodies.size());
-        QCOMPARE(server.requests.size(), 2 * addressBodies.size());
-        QCOMPARE(server.requests.count(probePath.toLatin1() + " Corvannta Support"),
-                 addressBodies.size());
+        const qsizetype answered = probed == u"OK"_s ? addressBodies.size() : 0;
+        QCOMPARE(server.requests.size(), addressBodies.size() + answered);
+        QCOMPARE(server.requests.count(probePath.toLatin1() + " Corvannta Support"), answered);
     }
 };
 
