@@ -160,6 +160,18 @@ echo "== report"
 # Checked in a subshell of its own, so that the uninstall is checked whatever it finds.
 (
 program='C:\Program Files\Corvanta Support\corvanta-support-report.exe'
+# Installed programs are read from the 32-bit list: the product's entry is a version; entries of
+# this tool, by its name or by its program, are not.
+list='HKLM\Software\WOW6432Node\Microsoft\Windows\CurrentVersion\Uninstall'
+for entry in 'Corvanta|5.2.1|C:\Program Files (x86)\Corvanta|C:\Program Files (x86)\Corvanta\Corvanta.exe' \
+    'Corvanta Support|1.0.4|C:\Program Files (x86)\Corvanta Support|C:\Program Files (x86)\Corvanta Support\old.exe' \
+    "Corvanta Helper|1.0.3|C:\\Program Files\\Corvanta Support|\"${program/-report/}\",0"; do
+    IFS='|' read -r name version location icon <<<"$entry"
+    for value in "DisplayName|$name" "DisplayVersion|$version" "InstallLocation|$location" \
+        "DisplayIcon|$icon"; do
+        reg add "$list\\$name" /v "${value%%|*}" /d "${value#*|}" /f >/dev/null
+    done
+done
 run "$program" >"$work/report.txt" 2>"$work/report.log" &
 plain=$!
 run "$program" --redact --format json >"$work/report.json" 2>"$work/redacted.log" ||
@@ -167,6 +179,9 @@ run "$program" --redact --format json >"$work/report.json" 2>"$work/redacted.log
 wait "$plain" || fail "the report ended with $? (124: still running after 180 s)"
 sections=$(tr -d '\r' <"$work/report.txt" | grep -A1 '^=\{50\}$' | grep -v '^=\|^--' | sort | tr '\n' ' ')
 [ "$sections" = "Corvanta Display Fonts Permissions System " ] || fail "report sections: $sections"
+versions=$(tr -d '\r' <"$work/report.txt" | sed -n '/^Versions:/,/^$/p')
+[ "$(grep -c ' - ' <<<"$versions")" = 1 ] && grep -qF 'C:\Program Files (x86)\Corvanta - 5.2.1' <<<"$versions" ||
+    fail "the installed versions: $versions"
 python3 -c 'import json, sys, jsonschema
 jsonschema.validate(json.load(open(sys.argv[1])), json.load(open(sys.argv[2])))' \
     "$work/report.json" "$folder/report.schema.json" || fail "the JSON report does not fit its schema"
