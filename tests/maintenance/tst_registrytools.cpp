@@ -5,6 +5,8 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QProcess>
+#include <QScopeGuard>
+#include <QSettings>
 #include <QStandardPaths>
 #include <QTest>
 
@@ -42,6 +44,18 @@ QStringList sorted(QStringList list)
 {
     list.sort();
     return list;
+}
+
+// "name|icon|location|version" for each entry.
+QStringList texts(const QList<UninstallEntry>& entries)
+{
+    QStringList texts;
+    for (const UninstallEntry& entry : entries) {
+        texts << QStringList{entry.DisplayName, entry.DisplayIcon, entry.InstallLocation,
+                             entry.DisplayVersion}
+                     .join('|');
+    }
+    return texts;
 }
 
 } // namespace
@@ -193,29 +207,95 @@ private slots:
         QVERIFY(productAssociations(product, false).isEmpty());
         QCOMPARE(desktopDefaults(), defaults.mid(2));
     }
+#endif
 
-    // For the machine, the first file that names a type decides it.
+    // The user's and the machine's stores apart: only the product's are listed, and removed only
+    // while they are the product's; on Linux the machine's first file that names a type decides.
     void machineAssociations()
     {
-        const QString path = config(u"mimeapps.list"_s);
+#ifdef Q_OS_WIN
+        const auto classes = [](bool machine) {
+            return std::make_unique<QSettings>(
+                u"HKEY_%1\\Software\\Classes"_s.arg(machine ? "LOCAL_MACHINE" : "CURRENT_USER"),
+                QSettings::NativeFormat);
+        };
+        for (const bool machine : {false, true}) {
+            classes(machine)->setValue(u".cvd/."_s, u"Corvanta.cvd"_s);
+            classes(machine)->setValue(u".cvo/."_s, u"Other.cvo"_s);
+            classes(machine)->setValue(u".cvv/."_s, u"CorvantaViewer.cvv"_s);
+        }
+        const auto cleanUp = qScopeGuard([&] {
+            for (const bool machine : {false, true}) {
+                for (const QString extension : {".cvd", ".cvo", ".cvv"})
+                    classes(machine)->remove(extension);
+            }
+        });
+        const QStringList ours{u".cvd"_s};
+#else
+        QVERIFY(putFile(config(u"mimeapps.list"_s), userMimeapps));
         QVERIFY(putFile(m_environment.path(u"system-config/mimeapps.list"_s),
                         "[Default Applications]\napplication/x-corvanta-other=other.desktop\n"));
         QVERIFY(putFile(m_environment.path(u"system-data/applications/mimeapps.list"_s),
-                        "[Default Applications]\napplication/x-corvanta-other=Corvanta.desktop\n"
-                        "application/x-corvanta-design=Corvanta.desktop\n"));
-        QCOMPARE(sorted(productAssociations(product, true)), (QStringList{".cvd", ".cvdx"}));
+                        "[Default Applications]\napplication/x-corvanta-design=Corvanta.desktop\n"
+                        "application/x-corvanta-other=CorvantaViewer.desktop\n"
+                        "application/x-corvanta-view=CorvantaViewer.desktop\n"));
+        const QStringList ours{u".cvd"_s, u".cvdx"_s};
+#endif
+        for (const bool machine : {false, true}) {
+            QCOMPARE(sorted(productAssociations(product, machine)), ours);
+            QCOMPARE(productAssociations(u"Corvanta Viewer"_s, machine), QStringList{".cvv"});
+            QVERIFY(!removeProductAssociation(u".cvo"_s, product, machine));
+        }
+        QVERIFY(removeProductAssociation(u".cvd"_s, product, false));
         QVERIFY(productAssociations(product, false).isEmpty());
+        QCOMPARE(sorted(productAssociations(product, true)), ours);
+#ifdef Q_OS_WIN
+        QCOMPARE(classes(false)->value(u".cvd/."_s), QVariant());
+        QCOMPARE(classes(false)->value(u".cvo/."_s), u"Other.cvo"_s);
+#else
         // A file too large to be read names nothing.
         const QByteArray large(
             "[Default Applications]\napplication/x-corvanta-design=Corvanta.desktop");
-        QVERIFY(putFile(path, large + "\nx/y=" + QByteArray(5 << 20, 'x') + '\n'));
+        QVERIFY(putFile(config(u"mimeapps.list"_s),
+                        large + "\nx/y=" + QByteArray(5 << 20, 'x') + '\n'));
         QVERIFY(productAssociations(product, false).isEmpty());
+#endif
     }
 
-    // As the menu shows them: "env" and assignments skipped, the user's entry hiding the machine's
-    // of the same id; the support tool's own entry (by name or program) is not the product.
-    void installedProgramsFromDesktopEntries()
+    // As the menu or Windows' 32-bit Uninstall list shows them; the support tool's own entry (by
+    // name or program) is not the product. On Linux "env" and assignments are skipped, and the
+    // user's entry hides the machine's of the same id.
+    void installedPrograms()
     {
+#ifdef Q_OS_WIN // the 64-bit list is not read, by design
+        const auto list = [](const QString& node) {
+            return std::make_unique<QSettings>(
+                u"HKEY_LOCAL_MACHINE\\SOFTWARE\\%1Microsoft\\Windows\\CurrentVersion\\Uninstall"_s
+                    .arg(node),
+                QSettings::NativeFormat);
+        };
+        const QString self = QDir::toNativeSeparators(QCoreApplication::applicationFilePath());
+        const QList<QStringList> entries{
+            {u"WOW6432Node\\"_s, u"Corvanta"_s, u"C:\\Corvanta\\Corvanta.exe,0"_s},
+            {u"WOW6432Node\\"_s, u"Corvanta Support"_s, u"C:\\Support\\Support.exe"_s},
+            {u"WOW6432Node\\"_s, u"Corvanta Helper"_s, '"' + self + u"\",0"_s},
+            { QString(),
+              u"Corvanta 64"_s,
+              u"C:\\Corvanta64\\Corvanta.exe"_s }};
+        for (const QStringList& entry : entries) {
+            const auto uninstall = list(entry[0]);
+            uninstall->beginGroup(u"Corvanta test "_s + entry[1]);
+            uninstall->setValue(u"DisplayName"_s, entry[1]);
+            uninstall->setValue(u"DisplayIcon"_s, entry[2]);
+            uninstall->setValue(u"InstallLocation"_s, u"C:\\Corvanta"_s);
+            uninstall->setValue(u"DisplayVersion"_s, u"5.2.1"_s);
+        }
+        const auto cleanUp = qScopeGuard([&] {
+            for (const QStringList& entry : entries)
+                list(entry[0])->remove(u"Corvanta test "_s + entry[1]);
+        });
+        const QString expected = u"Corvanta|C:\\Corvanta\\Corvanta.exe,0|C:\\Corvanta|5.2.1"_s;
+#else
         QVERIFY(putFile(data(u"applications/Corvanta.desktop"_s),
                         "[Desktop Entry]\nName=Corvanta\nIcon=corvanta\n"
                         "Exec=env A=1 \"B=x y\" /opt/Corvanta/Corvanta %F\n"
@@ -233,24 +313,33 @@ private slots:
         QVERIFY(putFile(data(u"applications/renamed.desktop"_s),
                         "[Desktop Entry]\nName=Corvanta Helper\nExec=\""
                             + QCoreApplication::applicationFilePath().toUtf8() + "\"\n"));
-        QStringList found;
-        for (const UninstallEntry& entry : uninstallEntries()) {
-            found << QStringList{entry.DisplayName, entry.DisplayIcon, entry.InstallLocation,
-                                 entry.DisplayVersion}
-                         .join('|');
-        }
         // An entry without a program has no install location.
-        QCOMPARE(sorted(found), (QStringList{"Corvanta|corvanta|/opt/Corvanta|5.2.1", "Link|||",
-                                             "Viewer||/opt/Corvanta Viewer|"}));
+        QCOMPARE(sorted(texts(uninstallEntries())),
+                 (QStringList{"Corvanta|corvanta|/opt/Corvanta|5.2.1", "Link|||",
+                              "Viewer||/opt/Corvanta Viewer|"}));
+        const QString expected = u"Corvanta|corvanta|/opt/Corvanta|5.2.1"_s;
+#endif
         // Asked for the product's, in another case, only its entry comes.
-        const QList<UninstallEntry> named = uninstallEntries(u"CORVANTA"_s);
-        QCOMPARE(named.size(), 1);
-        QCOMPARE(named.first().DisplayName, u"Corvanta"_s);
+        QCOMPARE(texts(uninstallEntries(u"CORVANTA"_s)), QStringList{expected});
     }
 
-    // Ours is replaced in place (line ends kept, repeats dropped); files read in order, last wins.
+    // Windows: the user's Environment key, read back through QSettings. Linux: ours is replaced
+    // in place (line ends kept, repeats dropped); files read in order, last wins.
     void environmentRoundTrip()
     {
+#ifdef Q_OS_WIN
+        const auto witness = [] {
+            return QSettings(u"HKEY_CURRENT_USER\\Environment"_s, QSettings::NativeFormat)
+                .value(scaleName);
+        };
+        QVERIFY(setEnvironmentVariable(scaleName, u"0"_s));
+        QCOMPARE(witness(), QVariant(u"0"_s));
+        QCOMPARE(environmentVariable(scaleName), u"0"_s);
+        QVERIFY(removeEnvironmentVariable(scaleName));
+        QCOMPARE(witness(), QVariant());
+        QVERIFY(environmentVariable(scaleName).isEmpty());
+        QVERIFY(!removeEnvironmentVariable(scaleName));
+#else
         const QString ours = config(u"environment.d/60-corvanta-support.conf"_s);
         const QString early = config(u"environment.d/10-early.conf"_s);
         const QByteArray others = "PATH=/opt/bin:$PATH\nQT_AUTO_SCREEN_SCALE_FACTORS=4\n";
@@ -278,8 +367,8 @@ private slots:
         // A folder in our file's place cannot be read, even by root; the later file still counts.
         QVERIFY(QDir().mkpath(ours));
         QCOMPARE(environmentVariable(scaleName), u"2"_s);
-    }
 #endif
+    }
 };
 
 QTEST_GUILESS_MAIN(tst_RegistryTools)
