@@ -6,7 +6,6 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QScopeGuard>
 #include <QTest>
 #include <QUrl>
@@ -59,33 +58,31 @@ private slots:
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("reason"); // empty: the item is trashed
-        QTest::addColumn<int>("tries");
 #ifdef Q_OS_WIN
         // The Recycle Bin's limit: 258 characters of the native path, which takes two folders.
         const int room = 258 - int(QDir::toNativeSeparators(path(u"dir x%1y/"_s)).size());
         const QString name = oddName + '/' + QString(room - int(oddName.size()) - 1, 'n');
-        QTest::newRow("258 characters") << name << QString() << 0;
+        QTest::newRow("258 characters") << name << QString();
         QTest::newRow("259 characters")
-            << name + 'n' << u"The path is longer than 258 characters."_s << 0;
+            << name + 'n' << u"The path is longer than 258 characters."_s;
 #else
         QTest::newRow("238 bytes, no trash yet")
-            << oddName + QString(238 - int(oddName.toUtf8().size()), 'n') << QString() << 0;
+            << oddName + QString(238 - int(oddName.toUtf8().size()), 'n') << QString();
         // GLib leaves its record empty: the record's temporary name would be too long.
-        QTest::newRow("245 bytes") << QString(245, 'n') << u"could not record"_s << 10;
-        QTest::newRow("246 bytes") << QString(246, 'n') << u"File name too long"_s << 10;
-        QTest::newRow("255 bytes") << QString(255, 'n') << u"File name too long"_s << 10;
-        QTest::newRow("read-only home") << oddName << u"Read-only file system"_s << 10;
-        QTest::newRow("full file system") << oddName << u"could not record"_s << 10;
+        QTest::newRow("245 bytes") << QString(245, 'n') << u"could not record"_s;
+        QTest::newRow("246 bytes") << QString(246, 'n') << u"File name too long"_s;
+        QTest::newRow("255 bytes") << QString(255, 'n') << u"File name too long"_s;
+        QTest::newRow("read-only home") << oddName << u"Read-only file system"_s;
+        QTest::newRow("full file system") << oddName << u"could not record"_s;
 #endif
     }
 
-    // The item ends in the trash, with its record, or whole where it was, after the logged tries;
-    // "%1" in its path must not take the status.
+    // The item ends in the trash, with its record, or whole where it was, after ten logged tries
+    // (none for a path too long for Windows); "%1" in its path must not take the status.
     void trash()
     {
         QFETCH(QString, name);
         QFETCH(QString, reason);
-        QFETCH(int, tries);
         QString home = m_environment.home();
 #ifdef Q_OS_WIN
         const QString trash = qEnvironmentVariable("CORVANTA_TEST_TRASH");
@@ -127,10 +124,8 @@ private slots:
         if (trashed) {
             QVERIFY(!QFileInfo::exists(item));
 #ifdef Q_OS_WIN // Wine's Recycle Bin is the trash of the Unix home; a record names the item
-            QByteArray texts;
-            for (const QString& record : trashRecords())
-                texts += fileBytes(trash + u"/info/"_s + record);
-            QVERIFY2(QUrl::fromPercentEncoding(texts).contains(item.mid(2)), texts.constData());
+            const QString record = trash + u"/info/"_s + item.section('/', -1) + u".trashinfo"_s;
+            QVERIFY(QUrl::fromPercentEncoding(fileBytes(record)).contains(item.mid(2) + '\n'));
 #else
             QVERIFY(trashRestore(folder) && QFileInfo::exists(item));
 #endif
@@ -142,7 +137,7 @@ private slots:
                      qPrintable(error));
             const QString tried =
                 "Failed to put into Recycle Bin: " + QDir::toNativeSeparators(item) + " (status=";
-            QCOMPARE(log.messages().filter(tried).size(), tries);
+            QCOMPARE(log.messages().filter(tried).size(), windows ? 0 : 10);
             QVERIFY(QFileInfo::exists(item));
         }
     }
@@ -152,26 +147,15 @@ private slots:
         QTest::addColumn<QString>("destination"); // empty: the source itself
         QTest::addColumn<bool>("existing");
         QTest::addColumn<bool>("keepTimes");
-        QTest::addColumn<QString>("readOnly"); // "source", "destination" or neither
-        QTest::addColumn<QString>("error");    // empty: copied
-        const auto row = [](const char* name, const QString& destination, bool existing,
-                            bool keepTimes, const QString& readOnly = {},
-                            const QString& error = {}) {
-            QTest::newRow(name) << destination << existing << keepTimes << readOnly << error;
-        };
-        row("keep times", u"keep "_s + oddName, false, true);
-        row("new times", u"new "_s + oddName, true, false);
+        QTest::newRow("keep times") << u"keep "_s + oddName << false << true;
+        QTest::newRow("new times") << u"new "_s + oddName << true << false;
         // Two files on a case-sensitive system, so the copy must not rename the source away; on
         // Windows one, which must not be emptied. (Wine 8 keeps the old case of a renamed file.)
-        row("other case", u"SOURCE other case"_s, !windows, false);
-        row("same path", {}, false, true);
+        QTest::newRow("other case") << u"SOURCE other case"_s << !windows << false;
+        QTest::newRow("same path") << QString() << false << true;
         // The source under another name: nothing may be emptied, and nothing needs copying.
-        row("through a dot", u"./source through a dot"_s, false, true);
-        row("read-only source", u"copy of a read-only source"_s, true, true, u"source"_s);
-#ifndef Q_OS_WIN // Wine 8 as root: CopyFileExW replaces a read-only file, which Windows refuses
-        row("read-only destination", u"read-only destination"_s, true, false, u"destination"_s,
-            u"Could not create empty file."_s);
-#endif
+        QTest::newRow("through a dot") << u"./source through a dot"_s << false << true;
+        QTest::newRow("read-only source") << u"copy of a read-only source"_s << true << true;
     }
 
     void copyFile()
@@ -179,13 +163,6 @@ private slots:
         QFETCH(QString, destination);
         QFETCH(bool, existing);
         QFETCH(bool, keepTimes);
-        QFETCH(QString, readOnly);
-        QFETCH(QString, error);
-#ifndef Q_OS_WIN // root writes anyway
-        if (readOnly == u"destination"_s) {
-            RUN_AS_NOBODY_WHEN_ROOT();
-        }
-#endif
         const QString source = path(u"source "_s + QTest::currentDataTag());
         destination = destination.isEmpty() ? source : path(destination);
         QFile file(source);
@@ -193,18 +170,15 @@ private slots:
         QVERIFY(file.setFileTime(oldTime, QFile::FileModificationTime));
         file.close();
         QVERIFY(!existing || putFile(destination, "old"));
-        QVERIFY(readOnly.isEmpty()
-                || QFile::setPermissions(readOnly == u"source"_s ? source : destination,
-                                         QFile::ReadOwner));
-        QString refusal;
-        QCOMPARE(::copyFile(source, destination, keepTimes && destination != source, &refusal),
-                 error.isEmpty());
-        QCOMPARE(refusal, error);
-        QCOMPARE(fileBytes(destination), QByteArray(error.isEmpty() ? "copy me" : "old"));
+        QVERIFY(QTest::currentDataTag() != u"read-only source"_s
+                || QFile::setPermissions(source, QFile::ReadOwner));
+        QString error;
+        QVERIFY(::copyFile(source, destination, keepTimes && destination != source, &error));
+        QVERIFY(error.isEmpty());
+        QCOMPARE(fileBytes(destination), QByteArray("copy me"));
         QCOMPARE(fileBytes(source), QByteArray("copy me"));
         // CopyFileExW keeps the modification time itself.
-        QCOMPARE(QFileInfo(destination).lastModified().toUTC() == oldTime,
-                 error.isEmpty() && (keepTimes || windows));
+        QCOMPARE(QFileInfo(destination).lastModified().toUTC() == oldTime, keepTimes || windows);
     }
 
     // A folder as the source is refused before the destination is opened and emptied.
@@ -277,10 +251,6 @@ private slots:
                                                   | QFile::ReadOther));
         QCOMPARE(::permissionsText(target, true) + ' ' + ::permissionsText(folder, true),
                  windows ? u"-r--r--r-- drwxrwxrwx"_s : u"-r-------- drwx---r--"_s);
-        const char* const longText =
-            windows ? "1 0 0 1 0 0 1 0 0 1 0 0" : "1 0 0 1 0 0 0 0 0 0 0 0";
-        QCOMPARE(::permissionsText(target, false).remove(QRegularExpression(u"[A-Za-z]+="_s)),
-                 QString::fromLatin1(longText));
 #ifndef Q_OS_WIN // links on Windows need a privilege
         QVERIFY(QFile::link(target, path(u"link"_s)));
         QVERIFY(::removeFile(path(u"link"_s)));

@@ -69,6 +69,12 @@ class tst_RegistryTools : public QObject
     TestEnvironment m_environment;
     QString config(const QString& name) const { return m_environment.path(".config/" + name); }
     QString data(const QString& name) const { return m_environment.path(".local/share/" + name); }
+#ifdef Q_OS_WIN
+    static auto key(const QString& path)
+    {
+        return std::make_unique<QSettings>(path, QSettings::NativeFormat);
+    }
+#endif
 
 private slots:
     void initTestCase()
@@ -136,7 +142,7 @@ private slots:
     }
 
     // "Remove All Associations" as GLib reads the file: only the product's ids go, in both groups,
-    // GIO and xdg-mime agree; "Corvanta" is neither "Corvanta Viewer" nor its entries.
+    // GIO and xdg-mime agree.
     void associations_data()
     {
         QTest::addColumn<QString>("product");
@@ -173,10 +179,6 @@ private slots:
             "# caf\xe9\n" + group + "x/y=caf\xe9\n", {ours, ours, {}, {}});
         row("byte-order mark", "\xef\xbb\xbf" + group + key + "Corvanta.desktop\n", {}, {},
             {{}, {}, {}, {}});
-        row("viewer", userMimeapps, {u".cvv"_s},
-            QByteArray(userMimeapps)
-                .replace("application/x-corvanta-view=CorvantaViewer.desktop;", ""),
-            {ours, {}, ours, {}}, u"Corvanta Viewer"_s);
     }
 
     void associations()
@@ -215,14 +217,12 @@ private slots:
     {
 #ifdef Q_OS_WIN
         const auto classes = [](bool machine) {
-            return std::make_unique<QSettings>(
-                u"HKEY_%1\\Software\\Classes"_s.arg(machine ? "LOCAL_MACHINE" : "CURRENT_USER"),
-                QSettings::NativeFormat);
+            return key(
+                u"HKEY_%1\\Software\\Classes"_s.arg(machine ? "LOCAL_MACHINE" : "CURRENT_USER"));
         };
         for (const bool machine : {false, true}) {
-            classes(machine)->setValue(u".cvd/."_s, u"Corvanta.cvd"_s);
-            classes(machine)->setValue(u".cvo/."_s, u"Other.cvo"_s);
-            classes(machine)->setValue(u".cvv/."_s, u"CorvantaViewer.cvv"_s);
+            for (const QString id : {"Corvanta.cvd", "Other.cvo", "CorvantaViewer.cvv"})
+                classes(machine)->setValue('.' + id.section('.', 1) + "/.", id);
         }
         const auto cleanUp = qScopeGuard([&] {
             for (const bool machine : {false, true}) {
@@ -243,12 +243,14 @@ private slots:
 #endif
         for (const bool machine : {false, true}) {
             QCOMPARE(sorted(productAssociations(product, machine)), ours);
-            QCOMPARE(productAssociations(u"Corvanta Viewer"_s, machine), QStringList{".cvv"});
             QVERIFY(!removeProductAssociation(u".cvo"_s, product, machine));
         }
         QVERIFY(removeProductAssociation(u".cvd"_s, product, false));
         QVERIFY(productAssociations(product, false).isEmpty());
         QCOMPARE(sorted(productAssociations(product, true)), ours);
+        // "Corvanta" is not "Corvanta Viewer".
+        for (const bool machine : {false, true})
+            QCOMPARE(productAssociations(u"Corvanta Viewer"_s, machine), QStringList{".cvv"});
 #ifdef Q_OS_WIN
         QCOMPARE(classes(false)->value(u".cvd/."_s), QVariant());
         QCOMPARE(classes(false)->value(u".cvo/."_s), u"Other.cvo"_s);
@@ -268,31 +270,25 @@ private slots:
     void installedPrograms()
     {
 #ifdef Q_OS_WIN // the 64-bit list is not read, by design
-        const auto list = [](const QString& node) {
-            return std::make_unique<QSettings>(
-                u"HKEY_LOCAL_MACHINE\\SOFTWARE\\%1Microsoft\\Windows\\CurrentVersion\\Uninstall"_s
-                    .arg(node),
-                QSettings::NativeFormat);
-        };
-        const QString self = QDir::toNativeSeparators(QCoreApplication::applicationFilePath());
+        const QString list =
+            u"HKEY_LOCAL_MACHINE\\SOFTWARE\\%1Microsoft\\Windows\\CurrentVersion\\Uninstall"_s;
+        const QString wow = list.arg("WOW6432Node\\"),
+                      self = QDir::toNativeSeparators(QCoreApplication::applicationFilePath());
+        // The list, then the entry's name, icon, location and version.
         const QList<QStringList> entries{
-            {u"WOW6432Node\\"_s, u"Corvanta"_s, u"C:\\Corvanta\\Corvanta.exe,0"_s},
-            {u"WOW6432Node\\"_s, u"Corvanta Support"_s, u"C:\\Support\\Support.exe"_s},
-            {u"WOW6432Node\\"_s, u"Corvanta Helper"_s, '"' + self + u"\",0"_s},
-            { QString(),
-              u"Corvanta 64"_s,
-              u"C:\\Corvanta64\\Corvanta.exe"_s }};
+            {wow, "Corvanta", "C:\\Corvanta\\Corvanta.exe,0", "C:\\Corvanta", "5.2.1"},
+            {wow, "Corvanta Support", "C:\\Support\\Support.exe"},
+            {wow, "Corvanta Helper", '"' + self + "\",0"},
+            {list.arg(QString()), "Corvanta 64", "C:\\Corvanta\\Corvanta.exe"},
+        };
+        const QStringList names{"DisplayName", "DisplayIcon", "InstallLocation", "DisplayVersion"};
         for (const QStringList& entry : entries) {
-            const auto uninstall = list(entry[0]);
-            uninstall->beginGroup(u"Corvanta test "_s + entry[1]);
-            uninstall->setValue(u"DisplayName"_s, entry[1]);
-            uninstall->setValue(u"DisplayIcon"_s, entry[2]);
-            uninstall->setValue(u"InstallLocation"_s, u"C:\\Corvanta"_s);
-            uninstall->setValue(u"DisplayVersion"_s, u"5.2.1"_s);
+            for (qsizetype i = 1; i < entry.size(); ++i)
+                key(entry[0] + "\\Corvanta test " + entry[1])->setValue(names[i - 1], entry[i]);
         }
         const auto cleanUp = qScopeGuard([&] {
             for (const QStringList& entry : entries)
-                list(entry[0])->remove(u"Corvanta test "_s + entry[1]);
+                key(entry[0])->remove("Corvanta test " + entry[1]);
         });
         const QString expected = u"Corvanta|C:\\Corvanta\\Corvanta.exe,0|C:\\Corvanta|5.2.1"_s;
 #else
@@ -328,15 +324,12 @@ private slots:
     void environmentRoundTrip()
     {
 #ifdef Q_OS_WIN
-        const auto witness = [] {
-            return QSettings(u"HKEY_CURRENT_USER\\Environment"_s, QSettings::NativeFormat)
-                .value(scaleName);
-        };
+        const auto environment = key(u"HKEY_CURRENT_USER\\Environment"_s);
         QVERIFY(setEnvironmentVariable(scaleName, u"0"_s));
-        QCOMPARE(witness(), QVariant(u"0"_s));
+        QCOMPARE(environment->value(scaleName), QVariant(u"0"_s));
         QCOMPARE(environmentVariable(scaleName), u"0"_s);
         QVERIFY(removeEnvironmentVariable(scaleName));
-        QCOMPARE(witness(), QVariant());
+        QCOMPARE(environment->value(scaleName), QVariant());
         QVERIFY(environmentVariable(scaleName).isEmpty());
         QVERIFY(!removeEnvironmentVariable(scaleName));
 #else
