@@ -16,24 +16,18 @@ namespace {
 
 // Two globs for the product's type, one for another program's, one for another product's.
 const QByteArray mimePackage =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<mime-info xmlns=\"http://www.freedesktop.org/standards/shared-mime-info\">\n"
-    "<mime-type type=\"application/x-corvanta-design\"><comment>Corvanta design</comment>\n"
-    "<glob pattern=\"*.cvd\"/><glob pattern=\"*.cvdx\"/></mime-type>\n"
-    "<mime-type type=\"application/x-corvanta-other\"><comment>Other design</comment>\n"
-    "<glob pattern=\"*.cvo\"/></mime-type>\n"
-    "<mime-type type=\"application/x-corvanta-view\"><comment>View</comment>\n"
-    "<glob pattern=\"*.cvv\"/></mime-type>\n"
+    "<?xml version=\"1.0\"?>\n<mime-info "
+    "xmlns=\"http://www.freedesktop.org/standards/shared-mime-info\">\n"
+    "<mime-type type=\"application/x-corvanta-design\"><glob pattern=\"*.cvd\"/>"
+    "<glob pattern=\"*.cvdx\"/></mime-type>\n"
+    "<mime-type type=\"application/x-corvanta-other\"><glob pattern=\"*.cvo\"/></mime-type>\n"
+    "<mime-type type=\"application/x-corvanta-view\"><glob pattern=\"*.cvv\"/></mime-type>\n"
     "</mime-info>\n";
 
 const QByteArray userMimeapps =
-    "# kept comment\r\n"
-    "[Added Associations]\n"
-    "application/x-corvanta-design=Corvanta.desktop;\n"
-    "\n"
+    "# kept comment\r\n[Added Associations]\napplication/x-corvanta-design=Corvanta.desktop;\n\n"
     "[Default Applications]\n"
-    "  application/x-corvanta-design = Corvanta.desktop;org.other.desktop;\n"
-    "# another comment\n"
+    "  application/x-corvanta-design = Corvanta.desktop;org.other.desktop;\n# another comment\n"
     "application/x-corvanta-other=other.desktop;\n"
     "application/x-corvanta-view=CorvantaViewer.desktop;";
 
