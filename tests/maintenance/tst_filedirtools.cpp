@@ -264,14 +264,13 @@ private slots:
     {
         QTest::addColumn<QString>("file");
         QTest::addColumn<int>("permissions"); // the file is written with these when not 0
-        QTest::addColumn<bool>("stream");
         QTest::addColumn<bool>("writing");
         QTest::addColumn<QString>("reason");
         const auto row = [](const char* name, const QString& file, int permissions, bool writing,
                             const char* reason) {
             for (const QString kind : {"open", "fopen"}) {
                 QTest::addRow("%s %s", qPrintable(kind), name)
-                    << file << permissions << kind.startsWith('f') << writing
+                    << file << permissions << writing
                     << u"Failed to %1 \"%2\""_s.arg(kind, file) + reason;
             }
         };
@@ -292,19 +291,18 @@ private slots:
     {
         QFETCH(QString, file);
         QFETCH(int, permissions);
-        QFETCH(bool, stream);
         QFETCH(bool, writing);
         QFETCH(QString, reason);
         if (permissions) {
 #ifndef Q_OS_WIN // root passes every check
             RUN_AS_NOBODY_WHEN_ROOT();
 #endif
-            QVERIFY(putFile(file, "guarded"));
-            QVERIFY(QFile::setPermissions(file, QFile::Permissions(permissions)));
+            QVERIFY(putFile(file, "guarded")
+                    && QFile::setPermissions(file, QFile::Permissions(permissions)));
         }
         MessageLog log;
         QString refusal;
-        if (stream)
+        if (QByteArray(QTest::currentDataTag()).startsWith("fopen"))
             QVERIFY(!fopenChecked(file, writing ? "wb" : "rb", &refusal));
         else
             QVERIFY(::openChecked(file, writing ? OpenWriteOnly : OpenReadOnly, &refusal) < 0);
