@@ -5,6 +5,8 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QProcess>
+#include <QScopeGuard>
+#include <QSettings>
 #include <QStandardPaths>
 #include <QTest>
 
@@ -14,24 +16,18 @@ namespace {
 
 // Two globs for the product's type, one for another program's, one for another product's.
 const QByteArray mimePackage =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<mime-info xmlns=\"http://www.freedesktop.org/standards/shared-mime-info\">\n"
-    "<mime-type type=\"application/x-corvanta-design\"><comment>Corvanta design</comment>\n"
-    "<glob pattern=\"*.cvd\"/><glob pattern=\"*.cvdx\"/></mime-type>\n"
-    "<mime-type type=\"application/x-corvanta-other\"><comment>Other design</comment>\n"
-    "<glob pattern=\"*.cvo\"/></mime-type>\n"
-    "<mime-type type=\"application/x-corvanta-view\"><comment>View</comment>\n"
-    "<glob pattern=\"*.cvv\"/></mime-type>\n"
+    "<?xml version=\"1.0\"?>\n<mime-info "
+    "xmlns=\"http://www.freedesktop.org/standards/shared-mime-info\">\n"
+    "<mime-type type=\"application/x-corvanta-design\"><glob pattern=\"*.cvd\"/>"
+    "<glob pattern=\"*.cvdx\"/></mime-type>\n"
+    "<mime-type type=\"application/x-corvanta-other\"><glob pattern=\"*.cvo\"/></mime-type>\n"
+    "<mime-type type=\"application/x-corvanta-view\"><glob pattern=\"*.cvv\"/></mime-type>\n"
     "</mime-info>\n";
 
 const QByteArray userMimeapps =
-    "# kept comment\r\n"
-    "[Added Associations]\n"
-    "application/x-corvanta-design=Corvanta.desktop;\n"
-    "\n"
+    "# kept comment\r\n[Added Associations]\napplication/x-corvanta-design=Corvanta.desktop;\n\n"
     "[Default Applications]\n"
-    "  application/x-corvanta-design = Corvanta.desktop;org.other.desktop;\n"
-    "# another comment\n"
+    "  application/x-corvanta-design = Corvanta.desktop;org.other.desktop;\n# another comment\n"
     "application/x-corvanta-other=other.desktop;\n"
     "application/x-corvanta-view=CorvantaViewer.desktop;";
 
@@ -42,6 +38,18 @@ QStringList sorted(QStringList list)
 {
     list.sort();
     return list;
+}
+
+// "name|icon|location|version" for each entry.
+QStringList texts(const QList<UninstallEntry>& entries)
+{
+    QStringList texts;
+    for (const UninstallEntry& entry : entries) {
+        texts << QStringList{entry.DisplayName, entry.DisplayIcon, entry.InstallLocation,
+                             entry.DisplayVersion}
+                     .join('|');
+    }
+    return texts;
 }
 
 } // namespace
@@ -55,6 +63,12 @@ class tst_RegistryTools : public QObject
     TestEnvironment m_environment;
     QString config(const QString& name) const { return m_environment.path(".config/" + name); }
     QString data(const QString& name) const { return m_environment.path(".local/share/" + name); }
+#ifdef Q_OS_WIN
+    static auto key(const QString& path)
+    {
+        return std::make_unique<QSettings>(path, QSettings::NativeFormat);
+    }
+#endif
 
 private slots:
     void initTestCase()
@@ -122,7 +136,7 @@ private slots:
     }
 
     // "Remove All Associations" as GLib reads the file: only the product's ids go, in both groups,
-    // GIO and xdg-mime agree; "Corvanta" is neither "Corvanta Viewer" nor its entries.
+    // GIO and xdg-mime agree.
     void associations_data()
     {
         QTest::addColumn<QString>("product");
@@ -159,10 +173,6 @@ private slots:
             "# caf\xe9\n" + group + "x/y=caf\xe9\n", {ours, ours, {}, {}});
         row("byte-order mark", "\xef\xbb\xbf" + group + key + "Corvanta.desktop\n", {}, {},
             {{}, {}, {}, {}});
-        row("viewer", userMimeapps, {u".cvv"_s},
-            QByteArray(userMimeapps)
-                .replace("application/x-corvanta-view=CorvantaViewer.desktop;", ""),
-            {ours, {}, ours, {}}, u"Corvanta Viewer"_s);
     }
 
     void associations()
@@ -193,29 +203,89 @@ private slots:
         QVERIFY(productAssociations(product, false).isEmpty());
         QCOMPARE(desktopDefaults(), defaults.mid(2));
     }
+#endif
 
-    // For the machine, the first file that names a type decides it.
+    // The user's and the machine's stores apart: only the product's are listed, and removed only
+    // while they are the product's; on Linux the machine's first file that names a type decides.
     void machineAssociations()
     {
-        const QString path = config(u"mimeapps.list"_s);
+#ifdef Q_OS_WIN
+        const auto classes = [](bool machine) {
+            return key(
+                u"HKEY_%1\\Software\\Classes"_s.arg(machine ? "LOCAL_MACHINE" : "CURRENT_USER"));
+        };
+        for (const bool machine : {false, true}) {
+            for (const QString id : {"Corvanta.cvd", "Other.cvo", "CorvantaViewer.cvv"})
+                classes(machine)->setValue('.' + id.section('.', 1) + "/.", id);
+        }
+        const auto cleanUp = qScopeGuard([&] {
+            for (const bool machine : {false, true}) {
+                for (const QString extension : {".cvd", ".cvo", ".cvv"})
+                    classes(machine)->remove(extension);
+            }
+        });
+        const QStringList ours{u".cvd"_s};
+#else
+        QVERIFY(putFile(config(u"mimeapps.list"_s), userMimeapps));
         QVERIFY(putFile(m_environment.path(u"system-config/mimeapps.list"_s),
                         "[Default Applications]\napplication/x-corvanta-other=other.desktop\n"));
         QVERIFY(putFile(m_environment.path(u"system-data/applications/mimeapps.list"_s),
-                        "[Default Applications]\napplication/x-corvanta-other=Corvanta.desktop\n"
-                        "application/x-corvanta-design=Corvanta.desktop\n"));
-        QCOMPARE(sorted(productAssociations(product, true)), (QStringList{".cvd", ".cvdx"}));
+                        "[Default Applications]\napplication/x-corvanta-design=Corvanta.desktop\n"
+                        "application/x-corvanta-other=CorvantaViewer.desktop\n"
+                        "application/x-corvanta-view=CorvantaViewer.desktop\n"));
+        const QStringList ours{u".cvd"_s, u".cvdx"_s};
+#endif
+        for (const bool machine : {false, true}) {
+            QCOMPARE(sorted(productAssociations(product, machine)), ours);
+            QVERIFY(!removeProductAssociation(u".cvo"_s, product, machine));
+        }
+        QVERIFY(removeProductAssociation(u".cvd"_s, product, false));
         QVERIFY(productAssociations(product, false).isEmpty());
+        QCOMPARE(sorted(productAssociations(product, true)), ours);
+        // "Corvanta" is not "Corvanta Viewer".
+        for (const bool machine : {false, true})
+            QCOMPARE(productAssociations(u"Corvanta Viewer"_s, machine), QStringList{".cvv"});
+#ifdef Q_OS_WIN
+        QCOMPARE(classes(false)->value(u".cvd/."_s), QVariant());
+        QCOMPARE(classes(false)->value(u".cvo/."_s), u"Other.cvo"_s);
+#else
         // A file too large to be read names nothing.
         const QByteArray large(
             "[Default Applications]\napplication/x-corvanta-design=Corvanta.desktop");
-        QVERIFY(putFile(path, large + "\nx/y=" + QByteArray(5 << 20, 'x') + '\n'));
+        QVERIFY(putFile(config(u"mimeapps.list"_s),
+                        large + "\nx/y=" + QByteArray(5 << 20, 'x') + '\n'));
         QVERIFY(productAssociations(product, false).isEmpty());
+#endif
     }
 
-    // As the menu shows them: "env" and assignments skipped, the user's entry hiding the machine's
-    // of the same id; the support tool's own entry (by name or program) is not the product.
-    void installedProgramsFromDesktopEntries()
+    // As the menu or Windows' 32-bit Uninstall list shows them; the support tool's own entry (by
+    // name or program) is not the product. On Linux "env" and assignments are skipped, and the
+    // user's entry hides the machine's of the same id.
+    void installedPrograms()
     {
+#ifdef Q_OS_WIN // the 64-bit list is not read, by design
+        const QString list =
+            u"HKEY_LOCAL_MACHINE\\SOFTWARE\\%1Microsoft\\Windows\\CurrentVersion\\Uninstall"_s;
+        const QString wow = list.arg("WOW6432Node\\"),
+                      self = QDir::toNativeSeparators(QCoreApplication::applicationFilePath());
+        // The list, then the entry's name, icon, location and version.
+        const QList<QStringList> entries{
+            {wow, "Corvanta", "C:\\Corvanta\\Corvanta.exe,0", "C:\\Corvanta", "5.2.1"},
+            {wow, "Corvanta Support", "C:\\Support\\Support.exe"},
+            {wow, "Corvanta Helper", '"' + self + "\",0"},
+            {list.arg(QString()), "Corvanta 64", "C:\\Corvanta\\Corvanta.exe"},
+        };
+        const QStringList names{"DisplayName", "DisplayIcon", "InstallLocation", "DisplayVersion"};
+        for (const QStringList& entry : entries) {
+            for (qsizetype i = 1; i < entry.size(); ++i)
+                key(entry[0] + "\\Corvanta test " + entry[1])->setValue(names[i - 1], entry[i]);
+        }
+        const auto cleanUp = qScopeGuard([&] {
+            for (const QStringList& entry : entries)
+                key(entry[0])->remove("Corvanta test " + entry[1]);
+        });
+        const QString expected = u"Corvanta|C:\\Corvanta\\Corvanta.exe,0|C:\\Corvanta|5.2.1"_s;
+#else
         QVERIFY(putFile(data(u"applications/Corvanta.desktop"_s),
                         "[Desktop Entry]\nName=Corvanta\nIcon=corvanta\n"
                         "Exec=env A=1 \"B=x y\" /opt/Corvanta/Corvanta %F\n"
@@ -233,24 +303,30 @@ private slots:
         QVERIFY(putFile(data(u"applications/renamed.desktop"_s),
                         "[Desktop Entry]\nName=Corvanta Helper\nExec=\""
                             + QCoreApplication::applicationFilePath().toUtf8() + "\"\n"));
-        QStringList found;
-        for (const UninstallEntry& entry : uninstallEntries()) {
-            found << QStringList{entry.DisplayName, entry.DisplayIcon, entry.InstallLocation,
-                                 entry.DisplayVersion}
-                         .join('|');
-        }
         // An entry without a program has no install location.
-        QCOMPARE(sorted(found), (QStringList{"Corvanta|corvanta|/opt/Corvanta|5.2.1", "Link|||",
-                                             "Viewer||/opt/Corvanta Viewer|"}));
+        QCOMPARE(sorted(texts(uninstallEntries())),
+                 (QStringList{"Corvanta|corvanta|/opt/Corvanta|5.2.1", "Link|||",
+                              "Viewer||/opt/Corvanta Viewer|"}));
+        const QString expected = u"Corvanta|corvanta|/opt/Corvanta|5.2.1"_s;
+#endif
         // Asked for the product's, in another case, only its entry comes.
-        const QList<UninstallEntry> named = uninstallEntries(u"CORVANTA"_s);
-        QCOMPARE(named.size(), 1);
-        QCOMPARE(named.first().DisplayName, u"Corvanta"_s);
+        QCOMPARE(texts(uninstallEntries(u"CORVANTA"_s)), QStringList{expected});
     }
 
-    // Ours is replaced in place (line ends kept, repeats dropped); files read in order, last wins.
+    // Windows: the user's Environment key, read back through QSettings. Linux: ours is replaced
+    // in place (line ends kept, repeats dropped); files read in order, last wins.
     void environmentRoundTrip()
     {
+#ifdef Q_OS_WIN
+        const auto environment = key(u"HKEY_CURRENT_USER\\Environment"_s);
+        QVERIFY(setEnvironmentVariable(scaleName, u"0"_s));
+        QCOMPARE(environment->value(scaleName), QVariant(u"0"_s));
+        QCOMPARE(environmentVariable(scaleName), u"0"_s);
+        QVERIFY(removeEnvironmentVariable(scaleName));
+        QCOMPARE(environment->value(scaleName), QVariant());
+        QVERIFY(environmentVariable(scaleName).isEmpty());
+        QVERIFY(!removeEnvironmentVariable(scaleName));
+#else
         const QString ours = config(u"environment.d/60-corvanta-support.conf"_s);
         const QString early = config(u"environment.d/10-early.conf"_s);
         const QByteArray others = "PATH=/opt/bin:$PATH\nQT_AUTO_SCREEN_SCALE_FACTORS=4\n";
@@ -278,8 +354,8 @@ private slots:
         // A folder in our file's place cannot be read, even by root; the later file still counts.
         QVERIFY(QDir().mkpath(ours));
         QCOMPARE(environmentVariable(scaleName), u"2"_s);
-    }
 #endif
+    }
 };
 
 QTEST_GUILESS_MAIN(tst_RegistryTools)
