@@ -4,7 +4,6 @@
 #include <QFile>
 #include <QProcess>
 
-#include <sys/mount.h>
 #include <unistd.h>
 
 #include <climits>
@@ -62,17 +61,13 @@ bool addInterface(const QString& name, const QStringList& addresses)
 
 bool bindFile(const QString& file, const QString& target)
 {
-    return ::mount(QFile::encodeName(file).constData(), QFile::encodeName(target).constData(),
-                   nullptr, MS_BIND, nullptr)
-           == 0;
+    return QProcess::execute(u"mount"_s, {u"--bind"_s, file, target}) == 0;
 }
 
 bool bindReadOnly(const QString& folder)
 {
-    const QByteArray path = QFile::encodeName(folder);
-    return ::mount(path.constData(), path.constData(), nullptr, MS_BIND, nullptr) == 0
-           && ::mount(nullptr, path.constData(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr)
-                  == 0;
+    return bindFile(folder, folder)
+           && QProcess::execute(u"mount"_s, {u"-o"_s, u"remount,bind,ro"_s, folder}) == 0;
 }
 
 QString tinyFileSystem()
