@@ -3,9 +3,8 @@
 #include <QString>
 #include <QStringList>
 
-// Runs this test executable again inside "unshare" with flags such as "-rmn", where it may bind
-// files, serve on any port and name its host without touching the machine. Returns true inside;
-// outside it returns only when unshare cannot be started.
+// Runs this executable again inside "unshare" with flags such as "-rmn", to bind files, serve on
+// any port and name its host unseen by the machine; true inside, false if unshare cannot start.
 bool enterPrivateNamespace(int argc, char** argv, const char* flags);
 
 // A new network namespace starts with its loopback interface down.

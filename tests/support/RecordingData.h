@@ -6,8 +6,7 @@
 #include <QStringList>
 #include <QThread>
 
-// A collector for tests: records where and in which order it was loaded, and carries whatever
-// errors, text and links the test gives it. Named after its kind as the real collectors are.
+// A collector named after its kind that journals its loads and shows what the test gives it.
 class RecordingData : public SupportData
 {
 public:
