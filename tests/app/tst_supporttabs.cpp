@@ -91,9 +91,7 @@ private slots:
         QCOMPARE(static_cast<RecordingTab*>(firstPage)->refreshes, 2);
     }
 
-    // An action link through the real label, from the keyboard: the collector acts, then the page
-    // refreshes. Plain links are revealed, without a file manager by opening their folder; the
-    // collector never sees them.
+    // An action link from the keyboard reaches the collector; plain paths are only revealed.
     void links()
     {
         const QString path = u"/home/o'brien/say \"hi\" a&b<c>d/&amp;/100%/%41%2F/two\nlines"_s;
@@ -116,7 +114,6 @@ private slots:
         FileManager manager;
         tab.onLinkActivated(u"/var/tmp/some folder/file.txt"_s);
         QTRY_COMPARE(manager.seen, QStringList{u"opened file:///var/tmp/some folder"_s});
-        // On the private session bus of dbus-run-session.
         QDBusConnection bus = QDBusConnection::sessionBus();
         QVERIFY(bus.registerObject(u"/org/freedesktop/FileManager1"_s, &manager,
                                    QDBusConnection::ExportScriptableSlots));

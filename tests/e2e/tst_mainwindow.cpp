@@ -79,9 +79,12 @@ private slots:
                               "3. Screen 3 is too short.\n\n"_s));
 
         // From the open File menu, Right moves to Edit, whose first entry is Copy Report.
-        x.keys({u"Right"_s, u"Down"_s, u"Return"_s}, main);
+        const auto copy = [&] {
+            x.keys({u"Right"_s, u"Down"_s, u"Return"_s}, main);
+            return x.clipboard();
+        };
         QString copied;
-        QVERIFY(QTest::qWaitFor([&] { return !(copied = x.clipboard()).isEmpty(); }, 10000));
+        QVERIFY(QTest::qWaitFor([&] { return !(copied = copy()).isEmpty(); }, 10000));
         // The X tool's output comes back trimmed.
         QCOMPARE(afterFirstLine(copied).trimmed(), afterFirstLine(headless).trimmed());
 
@@ -103,18 +106,18 @@ private slots:
         QVERIFY(press(u"push button"_s, u"Remove DPI Workaround"_s));
         QTRY_COMPARE_WITH_TIMEOUT(fileBytes(ours), QByteArray("# kept\nEDITOR=vi\n"), 10000);
 
-        const auto open = [&] {
-            return !x.visibleWindows(u"^Choose Location$"_s).isEmpty();
+        const auto dialog = [&] {
+            return x.visibleWindows(u"^Choose Location$"_s).value(0).id;
         };
         QVERIFY(press(u"page tab"_s, u"System"_s));
         QVERIFY(press(u"push button"_s, u"Benchmark File I/O"_s));
-        QVERIFY2(QTest::qWaitFor(open, 20000), "the Choose Location dialog never opened");
+        QVERIFY2(QTest::qWaitFor([&] { return !dialog().isEmpty(); }, 20000),
+                 "the Choose Location dialog never opened");
         // Keys sent before the dialog has the focus would go to the window behind it.
-        x.run(u"xdotool"_s, {u"windowfocus"_s, u"--sync"_s,
-                             x.visibleWindows(u"^Choose Location$"_s).value(0).id});
+        x.run(u"xdotool"_s, {u"windowfocus"_s, u"--sync"_s, dialog()});
         x.run(u"xdotool"_s, {u"type"_s, u"--delay"_s, u"10"_s, location});
         x.keys({u"Return"_s});
-        QVERIFY(QTest::qWaitFor([&] { return !open(); }, 10000));
+        QVERIFY(QTest::qWaitFor([&] { return dialog().isEmpty(); }, 10000));
 
         // The benchmark works in a temporary folder there.
         const auto busy = [&] {
@@ -123,11 +126,9 @@ private slots:
         QVERIFY2(QTest::qWaitFor(busy, 20000), "the benchmark never started");
         QVERIFY2(QTest::qWaitFor([&] { return !busy(); }, 240000), "the benchmark never ended");
 
-        const auto copy = [&] {
-            x.keys({u"Right"_s, u"Down"_s, u"Return"_s}, main);
-            return (copied = x.clipboard()).contains(u"RANDOM_SEEK min="_s);
-        };
-        QVERIFY2(QTest::qWaitFor(copy, 20000), qPrintable(copied.right(500)));
+        QVERIFY2(QTest::qWaitFor([&] { return (copied = copy()).contains(u"RANDOM_SEEK min="_s); },
+                                 20000),
+                 qPrintable(copied.right(500)));
         QVERIFY(copied.contains(location + u"\nCREATE min="_s));
         QVERIFY(!copied.contains(u"failed"_s));
 
@@ -158,11 +159,8 @@ private slots:
             const QString fresh = report.waitForFinished(60000) && report.exitCode() == 0
                                       ? productPages(QString::fromUtf8(report.readAll()))
                                       : QString();
-            const auto same = [&] {
-                x.keys({u"Right"_s, u"Down"_s, u"Return"_s}, main);
-                return productPages(x.clipboard()) == fresh;
-            };
-            return fresh.size() > 200 && QTest::qWaitFor(same, 10000);
+            return fresh.size() > 200
+                   && QTest::qWaitFor([&] { return productPages(copy()) == fresh; }, 10000);
         };
         QVERIFY(press(u"push button"_s, u"Remove All Associations"_s));
         QTRY_VERIFY_WITH_TIMEOUT(

@@ -12,14 +12,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-using Node = std::pair<QString, QString>; // service, object path
+using Node = std::pair<QString, QDBusObjectPath>; // service, object path
 
 QVariantList call(const QDBusConnection& bus, const Node& node, const QString& method,
                   const QVariantList& arguments = {})
 {
     const qsizetype dot = method.lastIndexOf('.');
-    QDBusMessage message = QDBusMessage::createMethodCall(node.first, node.second, method.left(dot),
-                                                          method.mid(dot + 1));
+    QDBusMessage message = QDBusMessage::createMethodCall(node.first, node.second.path(),
+                                                          method.left(dot), method.mid(dot + 1));
     message.setArguments(arguments);
     return bus.call(message).arguments();
 }
@@ -30,7 +30,8 @@ QString accessibilityBusAddress()
                       {"HOME=" + qEnvironmentVariable("HOME"),
                        "XDG_RUNTIME_DIR=" + qEnvironmentVariable("XDG_RUNTIME_DIR")});
     qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
-    return call(QDBusConnection::sessionBus(), {u"org.a11y.Bus"_s, u"/org/a11y/bus"_s},
+    return call(QDBusConnection::sessionBus(),
+                {u"org.a11y.Bus"_s, QDBusObjectPath(u"/org/a11y/bus"_s)},
                 u"org.a11y.Bus.GetAddress"_s)
         .value(0)
         .toString();
@@ -47,20 +48,10 @@ QVariant property(const QDBusConnection& bus, const Node& node, const QString& n
 
 QList<Node> children(const QDBusConnection& bus, const Node& node)
 {
-    QList<Node> result;
-    const auto list =
-        call(bus, node, u"org.a11y.atspi.Accessible.GetChildren"_s).value(0).value<QDBusArgument>();
-    list.beginArray();
-    while (!list.atEnd()) {
-        QString service;
-        QDBusObjectPath path;
-        list.beginStructure();
-        list >> service >> path;
-        list.endStructure();
-        result.append({service, path.path()});
-    }
-    list.endArray();
-    return result;
+    QList<Node> list;
+    call(bus, node, u"org.a11y.atspi.Accessible.GetChildren"_s).value(0).value<QDBusArgument>()
+        >> list;
+    return list;
 }
 
 void walk(const QDBusConnection& bus, const Node& node, QList<AccessibleProgram::Item>& found)
@@ -69,20 +60,17 @@ void walk(const QDBusConnection& bus, const Node& node, QList<AccessibleProgram:
         qdbus_cast<QList<uint>>(call(bus, node, u"org.a11y.atspi.Accessible.GetState"_s).value(0));
     if (states.isEmpty() || !(states.first() & (1u << 25))) // not showing
         return;
-    const auto box =
-        call(bus, node, u"org.a11y.atspi.Component.GetExtents"_s, {QVariant::fromValue(0u)})
+    QRect box;
+    call(bus, node, u"org.a11y.atspi.Component.GetExtents"_s, {QVariant::fromValue(0u)})
             .value(0)
-            .value<QDBusArgument>();
-    int x = 0, y = 0, width = 0, height = 0;
-    box.beginStructure();
-    box >> x >> y >> width >> height;
-    box.endStructure();
+            .value<QDBusArgument>()
+        >> box;
     const QString text =
         call(bus, node, u"org.a11y.atspi.Text.GetText"_s, {0, -1}).value(0).toString();
     const QVariantList selection = call(bus, node, u"org.a11y.atspi.Text.GetSelection"_s, {0});
     const int start = selection.value(0).toInt();
     found.append({call(bus, node, u"org.a11y.atspi.Accessible.GetRoleName"_s).value(0).toString(),
-                  property(bus, node, u"Name"_s).toString(), QRect(x, y, width, height),
+                  property(bus, node, u"Name"_s).toString(), box,
                   (states.first() & (1u << 8)) != 0, // enabled
                   text, text.mid(start, selection.value(1).toInt() - start)});
     for (const Node& child : children(bus, node))
@@ -104,7 +92,8 @@ QList<AccessibleProgram::Item> AccessibleProgram::items()
 {
     QList<Item> found;
     for (const Node& node :
-         children(m_bus, {u"org.a11y.atspi.Registry"_s, u"/org/a11y/atspi/accessible/root"_s})) {
+         children(m_bus, {u"org.a11y.atspi.Registry"_s,
+                          QDBusObjectPath(u"/org/a11y/atspi/accessible/root"_s)})) {
         if (property(m_bus, node, u"Name"_s).toString() == u"Corvanta"_s)
             walk(m_bus, node, found);
     }

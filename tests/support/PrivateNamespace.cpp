@@ -4,16 +4,13 @@
 #include <QFile>
 #include <QProcess>
 
-#include <net/if.h>
-#include <sys/ioctl.h>
-#include <sys/mount.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <climits>
 #include <cstdio>
-#include <cstring>
 #include <vector>
+
+using namespace Qt::StringLiterals;
 
 const char insideVariable[] = "CORVANTA_PRIVATE_NAMESPACE";
 
@@ -38,61 +35,39 @@ bool enterPrivateNamespace(int argc, char** argv, const char* flags)
 
 bool bringLoopbackUp()
 {
-    const int fd = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    if (fd < 0)
-        return false;
-    ifreq request{};
-    std::strncpy(request.ifr_name, "lo", IFNAMSIZ - 1);
-    bool up = ::ioctl(fd, SIOCGIFFLAGS, &request) == 0;
-    request.ifr_flags |= IFF_UP;
-    up = up && ::ioctl(fd, SIOCSIFFLAGS, &request) == 0;
-    ::close(fd);
-    return up;
+    return QProcess::execute(u"ip"_s, {u"link"_s, u"set"_s, u"lo"_s, u"up"_s}) == 0;
 }
 
 bool addInterface(const QString& name, const QStringList& addresses)
 {
-    const auto ip = [](const QStringList& arguments) {
-        return QProcess::execute(QStringLiteral("ip"), arguments) == 0;
+    const auto ip = [&name](const QString& arguments) {
+        return QProcess::execute(u"ip"_s, arguments.arg(name).split(' ')) == 0;
     };
     // Quietly: a kernel without the dummy driver says so, and the bridge follows.
     QProcess dummy;
     dummy.setStandardErrorFile(QProcess::nullDevice());
-    dummy.start(QStringLiteral("ip"), {QStringLiteral("link"), QStringLiteral("add"), name,
-                                       QStringLiteral("type"), QStringLiteral("dummy")});
+    dummy.start(u"ip"_s, u"link add %1 type dummy"_s.arg(name).split(' '));
     const bool added = dummy.waitForFinished() && dummy.exitStatus() == QProcess::NormalExit
                        && dummy.exitCode() == 0;
-    if (!added
-        && !ip({QStringLiteral("link"), QStringLiteral("add"), name, QStringLiteral("type"),
-                QStringLiteral("bridge")}))
-        return false;
-    if (!ip({QStringLiteral("link"), QStringLiteral("set"), name, QStringLiteral("addrgenmode"),
-             QStringLiteral("none")}))
+    if (!(added || ip(u"link add %1 type bridge"_s)) || !ip(u"link set %1 addrgenmode none"_s))
         return false;
     for (const QString& address : addresses) {
-        QStringList arguments{QStringLiteral("address"), QStringLiteral("add"), address,
-                              QStringLiteral("dev"), name};
-        if (address.contains(QLatin1Char(':')))
-            arguments << QStringLiteral("nodad");
-        if (!ip(arguments))
+        if (!ip(u"address add "_s + address + u" dev %1"_s
+                + (address.contains(':') ? u" nodad"_s : QString())))
             return false;
     }
-    return ip({QStringLiteral("link"), QStringLiteral("set"), name, QStringLiteral("up")});
+    return ip(u"link set %1 up"_s);
 }
 
 bool bindFile(const QString& file, const QString& target)
 {
-    return ::mount(QFile::encodeName(file).constData(), QFile::encodeName(target).constData(),
-                   nullptr, MS_BIND, nullptr)
-           == 0;
+    return QProcess::execute(u"mount"_s, {u"--bind"_s, file, target}) == 0;
 }
 
 bool bindReadOnly(const QString& folder)
 {
-    const QByteArray path = QFile::encodeName(folder);
-    return ::mount(path.constData(), path.constData(), nullptr, MS_BIND, nullptr) == 0
-           && ::mount(nullptr, path.constData(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr)
-                  == 0;
+    return bindFile(folder, folder)
+           && QProcess::execute(u"mount"_s, {u"-o"_s, u"remount,bind,ro"_s, folder}) == 0;
 }
 
 QString tinyFileSystem()
@@ -102,7 +77,7 @@ QString tinyFileSystem()
 
 bool fillTinyFileSystem()
 {
-    QFile filler(tinyFileSystem() + QStringLiteral("/filler"));
+    QFile filler(tinyFileSystem() + u"/filler"_s);
     if (!filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         return false;
     while (filler.write(QByteArray(512, 'x')) == 512) {
@@ -112,9 +87,8 @@ bool fillTinyFileSystem()
 
 int runWithTinyFileSystem(const QString& testFunction)
 {
-    return QProcess::execute(QStringLiteral("unshare"),
-                             {QStringLiteral("-rm"), QStringLiteral("sh"), QStringLiteral("-c"),
-                              QStringLiteral("mount -t tmpfs -o size=8k tmpfs /mnt && "
-                                             "CORVANTA_TINY_FS=/mnt exec \"$0\" \"$1\""),
-                              QCoreApplication::applicationFilePath(), testFunction});
+    return QProcess::execute(u"unshare"_s, {u"-rm"_s, u"sh"_s, u"-c"_s,
+                                            u"mount -t tmpfs -o size=8k tmpfs /mnt && "
+                                            "CORVANTA_TINY_FS=/mnt exec \"$0\" \"$1\""_s,
+                                            QCoreApplication::applicationFilePath(), testFunction});
 }

@@ -1,22 +1,6 @@
 #include "RecordingData.h"
 
-#include <QMutexLocker>
-
 using namespace Qt::StringLiterals;
-
-void RecordingData::Journal::add(const QString& event, QList<QThread*>* threads)
-{
-    QMutexLocker locker(&mutex);
-    events << event;
-    if (threads)
-        *threads << QThread::currentThread();
-}
-
-QStringList RecordingData::Journal::snapshot()
-{
-    QMutexLocker locker(&mutex);
-    return events;
-}
 
 SupportDataTable RecordingData::table(const QList<int>& kinds, Journal* journal)
 {
@@ -24,11 +8,6 @@ SupportDataTable RecordingData::table(const QList<int>& kinds, Journal* journal)
     for (int kind : kinds)
         table->emplace(kind, std::make_unique<RecordingData>(kind, journal));
     return table;
-}
-
-RecordingData* RecordingData::in(const SupportDataTable& table, int kind)
-{
-    return static_cast<RecordingData*>(findSupportData(*table, kind));
 }
 
 QString RecordingData::name() const

@@ -6,8 +6,7 @@
 #include <QStringList>
 #include <QThread>
 
-// A collector for tests: records where and in which order it was loaded, and carries whatever
-// errors, text and links the test gives it. Named after its kind as the real collectors are.
+// A collector named after its kind that journals its loads and shows what the test gives it.
 class RecordingData : public SupportData
 {
 public:
@@ -17,8 +16,18 @@ public:
         QStringList events; // "main:<kind>", "begin:<kind>", "end:<kind>"
         QList<QThread*> loadThreads;
         QList<QThread*> mainThreadStepThreads;
-        void add(const QString& event, QList<QThread*>* threads = nullptr);
-        QStringList snapshot();
+        void add(const QString& event, QList<QThread*>* threads = nullptr)
+        {
+            QMutexLocker locker(&mutex);
+            events << event;
+            if (threads)
+                *threads << QThread::currentThread();
+        }
+        QStringList snapshot()
+        {
+            QMutexLocker locker(&mutex);
+            return events;
+        }
     };
 
     explicit RecordingData(int kind, Journal* journal = nullptr)
@@ -27,7 +36,10 @@ public:
     {}
     // A table with one recording collector of each kind.
     static SupportDataTable table(const QList<int>& kinds, Journal* journal = nullptr);
-    static RecordingData* in(const SupportDataTable& table, int kind);
+    static RecordingData* in(const SupportDataTable& table, int kind)
+    {
+        return static_cast<RecordingData*>(findSupportData(*table, kind));
+    }
 
     QStringList errors() const override { return fakeErrors; }
     QImage image() const override { return fakeImage; }

@@ -9,8 +9,7 @@ using namespace Qt::StringLiterals;
 XvfbServer::XvfbServer(const QStringList& screenSizes)
 {
     // Xvfb takes the first free display number and writes it once clients can connect.
-    QStringList arguments{u"-displayfd"_s, u"1"_s,    u"-nolisten"_s, u"tcp"_s,
-                          u"-noreset"_s,   u"-dpi"_s, u"96"_s};
+    QStringList arguments = u"-displayfd 1 -nolisten tcp -noreset -dpi 96"_s.split(' ');
     for (int i = 0; i < screenSizes.size(); ++i)
         arguments << u"-screen"_s << QString::number(i) << screenSizes.at(i) + u"x24"_s;
     m_server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
