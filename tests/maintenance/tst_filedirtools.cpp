@@ -10,10 +10,10 @@
 #include <QTest>
 #include <QUrl>
 
-#ifndef Q_OS_WIN // namespaces, nobody and the freedesktop trash
+#include "RunAsNobody.h"
+#ifndef Q_OS_WIN // namespaces and the freedesktop trash
 #include "PrivateNamespace.h"
 #include "ProductHome.h"
-#include "RunAsNobody.h"
 
 #include <sys/mount.h>
 #include <unistd.h>
@@ -242,9 +242,7 @@ private slots:
     // is made writable. A link goes, and its target keeps its permissions.
     void removeReadOnly()
     {
-#ifndef Q_OS_WIN // as nobody, since root writes anyway
         RUN_AS_NOBODY_WHEN_ROOT();
-#endif
         const QString folder = path(u"folder"_s), target = folder + u"/read-only"_s;
         const QString copy = path(u"copy"_s);
         QVERIFY(putFile(target, "kept") && QFile::setPermissions(target, QFile::ReadOwner));
@@ -294,9 +292,7 @@ private slots:
         QFETCH(bool, writing);
         QFETCH(QString, reason);
         if (permissions) {
-#ifndef Q_OS_WIN // root passes every check
             RUN_AS_NOBODY_WHEN_ROOT();
-#endif
             QVERIFY(putFile(file, "guarded")
                     && QFile::setPermissions(file, QFile::Permissions(permissions)));
         }
