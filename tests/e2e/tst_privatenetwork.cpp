@@ -173,96 +173,83 @@ private slots:
             QCOMPARE(::umount(QFile::encodeName(m_files.filePath(name)).constData()), 0);
     }
 
-    // The report program as a shell user meets it, without a display, in the language of LANG.
+    // The report program as a shell user meets it, without a display. A row's name is its
+    // command line: LANG (else C) and where its output goes around the arguments; "%1" stands
+    // for the folder of odd files, "%S" for the sources. What stands before a "|" in the error
+    // line begins it, the rest ends it.
     void answers_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("lang");
         QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QStringList>("output"); // patterns it matches; none: it is empty
         QTest::addColumn<QString>("errorLine");
-        const auto row = [](const char* name, const QStringList& arguments, int exitCode,
-                            const QStringList& output, const QString& errorLine = {},
-                            const QString& lang = u"C"_s) {
-            QTest::newRow(name) << arguments << lang << exitCode << output << errorLine;
+        QTest::addColumn<QStringList>("output"); // patterns it matches; none: it is empty
+        const auto row = [](const char* command, int exitCode, const QString& errorLine,
+                            const QStringList& output = {}) {
+            QTest::newRow(command) << exitCode << errorLine << output;
         };
-        row("--help", {u"--help"_s}, 0,
-            {u"^Usage: "_s, u"\n  2  the command line was not understood;\n"_s});
-        row("--version", {u"--version"_s}, 0, {u"^corvanta-support-report 1\\.0\\.5\n$"_s});
-        row("a value for a switch", {u"--version=2"_s}, 2, {},
-            u"Unexpected value after '--version'; see --help"_s);
-        row("unknown option with a value", {u"--colour=auto"_s}, 2, {},
-            u"unknown argument \"--colour=auto\"; see --help"_s);
-        row("unknown format", {u"--format=xml"_s}, 2, {},
-            u"unknown format \"xml\"; use text or json; see --help"_s);
-        row("differences as json", {u"--diff"_s, u"a.json"_s, u"--format"_s, u"json"_s}, 2, {},
-            u"--diff prints text; leave out --format json"_s);
-        row("a third report", {u"--diff"_s, u"a.json"_s, u"b.json"_s, u"c.json"_s}, 2, {},
-            u"unknown argument \"c.json\"; see --help"_s);
-        row("saving a later file", {u"--save=/tmp"_s, u"--diff=a.json"_s, u"b.json"_s}, 2, {},
+        row("--help", 0, {}, {u"^Usage: "_s, u"\n  2  the command line was not understood;\n"_s});
+        row("--version", 0, {}, {u"^corvanta-support-report 1\\.0\\.5\n$"_s});
+        row("--version=2", 2, u"Unexpected value after '--version'; see --help"_s);
+        row("--colour=auto", 2, u"unknown argument \"--colour=auto\"; see --help"_s);
+        row("--format=xml", 2, u"unknown format \"xml\"; use text or json; see --help"_s);
+        row("--diff a.json --format json", 2, u"--diff prints text; leave out --format json"_s);
+        row("--diff a.json b.json c.json", 2, u"unknown argument \"c.json\"; see --help"_s);
+        row("--save=/tmp --diff=a.json b.json", 2,
             u"--save saves this machine's report; leave out LATER"_s);
-        row("no earlier report", {u"--diff=/nonexistent/a.json"_s}, 2, {},
-            u"/nonexistent/a.json: No such file or directory"_s);
-        const QString files = m_files.path();
-        row("no JSON to compare", {u"--diff"_s, files + u"/empty.json"_s}, 2, {},
-            files + u"/empty.json: not JSON (illegal value at byte 0)"_s);
+        row("--diff=/nonexistent/a.json", 2, u"/nonexistent/a.json: No such file or directory"_s);
+        row("--diff %1/empty.json", 2, u"%1/empty.json: not JSON (illegal value at byte 0)"_s);
         // Looked at, never opened: a FIFO would not even open, nor a read of it end.
-        row("a FIFO to compare", {u"--diff"_s, files + u"/fifo"_s}, 2, {},
-            files + u"/fifo: not a regular file, so not a report"_s);
-        row("a folder to compare", {u"--diff"_s, files}, 2, {},
-            files + u": a folder, not a report"_s);
-        row("a file over 64 MiB to compare", {u"--diff"_s, files + u"/big.json"_s}, 2, {},
-            files + u"/big.json: larger than 64 MiB, so not a report"_s);
-        row("saving without a folder", {u"--save="_s}, 2, {},
-            u"--save needs the folder to save the report in; see --help"_s);
-        row("saving in a file", {u"--save"_s, files + u"/empty.json"_s}, 2, {},
-            u"--save needs a folder, not a file; see --help"_s);
+        row("--diff %1/fifo", 2, u"%1/fifo: not a regular file, so not a report"_s);
+        row("--diff %1", 2, u"%1: a folder, not a report"_s);
+        row("--diff %1/big.json", 2, u"%1/big.json: larger than 64 MiB, so not a report"_s);
+        row("--diff %S/app/report.schema.json", 2,
+            u"%S/app/report.schema.json: not a Corvanta Support report"_s);
+        row("--save=", 2, u"--save needs the folder to save the report in; see --help"_s);
+        row("--save %1/empty.json", 2, u"--save needs a folder, not a file; see --help"_s);
         // The message names the file and the system's reason; nothing is left.
-        row("saving on a full file system", {u"--save="_s + files + u"/full"_s}, 1, {},
-            u"cannot save the report: %1/full/Corvanta Support Report |: No space left on "
-            "device"_s.arg(files));
-        row("saving on a read-only file system", {u"--save="_s + files + u"/readonly"_s}, 1, {},
-            u"cannot save the report: %1/readonly: Read-only file system"_s.arg(files));
-        row("another tool's JSON",
-            {u"--diff"_s, QStringLiteral(CORVANTA_SOURCE_DIR "/app/report.schema.json")}, 2, {},
-            QStringLiteral(CORVANTA_SOURCE_DIR
-                           "/app/report.schema.json: not a Corvanta Support report"));
-        row("help to a full disk", {u"--help"_s}, 1, {}, u"cannot write: "_s);
-        row("report to a full disk", {}, 1, {}, u"cannot write the report"_s);
-        row("German help", {u"--help"_s}, 0,
-            {u"Diese Hilfe anzeigen und beenden\\."_s, u"\nExit-Status:\n"_s}, {},
-            u"de_DE.UTF-8"_s);
+        row("--save=%1/full >/dev/full", 1,
+            u"cannot save the report: %1/full/Corvanta Support Report |: No space left on device"_s);
+        row("--save=%1/readonly >/dev/full", 1,
+            u"cannot save the report: %1/readonly: Read-only file system"_s);
+        row("--help >/dev/full", 1, u"cannot write: "_s);
+        row(">/dev/full", 1, u"cannot write the report"_s);
+        row("LANG=de_DE.UTF-8 --help", 0, {},
+            {u"Diese Hilfe anzeigen und beenden\\."_s, u"\nExit-Status:\n"_s});
         // In English for support whatever the user's language; no made-up screen.
-        row("German report", {}, 0,
+        row("LANG=de_DE.UTF-8", 0, {},
             {u"^Generated: "_s,
              u"\nDisplay\n\nNo display server could be reached, so there are no screens to "
              "describe\\.\n+="_s,
-             u"={50}\nSystem\n\nOperating System:   [^=]*\nWinInet:            Error\n[^=]*\n$"_s},
-            {}, u"de_DE.UTF-8"_s);
+             u"={50}\nSystem\n\nOperating System:   [^=]*\nWinInet:            Error\n[^=]*\n$"_s});
         // Qt has French texts, the program has none: nothing may mix two languages.
-        const QString window = QString::fromLatin1(windowTexts);
-        row("German window", {window}, 0,
-            {u"^&Datei\\|&Bearbeiten\\|&Hilfe\n1 Byte\nAbbrechen\n$"_s}, {}, u"de_DE.UTF-8"_s);
-        row("French window", {window}, 0, {u"^&File\\|&Edit\\|&Help\n1 byte\nCancel\n$"_s}, {},
-            u"fr_FR.UTF-8"_s);
+        row("LANG=de_DE.UTF-8 --window-texts", 0, {},
+            {u"^&Datei\\|&Bearbeiten\\|&Hilfe\n1 Byte\nAbbrechen\n$"_s});
+        row("LANG=fr_FR.UTF-8 --window-texts", 0, {},
+            {u"^&File\\|&Edit\\|&Help\n1 byte\nCancel\n$"_s});
     }
 
     void answers()
     {
-        QFETCH(QStringList, arguments);
-        QFETCH(QString, lang);
         QFETCH(int, exitCode);
-        QFETCH(QStringList, output);
         QFETCH(QString, errorLine);
+        QFETCH(QStringList, output);
+        const auto expand = [this](QString text) {
+            return text.replace(u"%1"_s, m_files.path())
+                .replace(u"%S"_s, QStringLiteral(CORVANTA_SOURCE_DIR));
+        };
+        QStringList arguments =
+            expand(QString::fromLatin1(QTest::currentDataTag())).split(' ', Qt::SkipEmptyParts);
+        errorLine = expand(errorLine);
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         // As root meets it over a remote shell: without a runtime folder.
         for (const QString& name :
              {u"LC_ALL"_s, u"LC_MESSAGES"_s, u"LANGUAGE"_s, u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s,
               u"QT_QPA_PLATFORM"_s, u"XDG_RUNTIME_DIR"_s})
             environment.remove(name);
-        environment.insert(u"LANG"_s, lang);
-        // Exit status 1: the output could not be written.
-        const Run run = report(arguments, environment, exitCode == 1 ? u"/dev/full"_s : QString());
+        environment.insert(u"LANG"_s, arguments.value(0).startsWith(u"LANG="_s)
+                                          ? arguments.takeFirst().mid(5)
+                                          : u"C"_s);
+        const bool full = arguments.removeAll(u">/dev/full"_s) == 1;
+        const Run run = report(arguments, environment, full ? u"/dev/full"_s : QString());
         QCOMPARE(run.exitCode, exitCode);
 
         const QString text = QString::fromUtf8(run.output);
@@ -274,16 +261,16 @@ private slots:
         if (arguments.contains(u"--help"_s) || arguments.contains(u"--version"_s))
             QVERIFY2(run.errors.count('\n') == (errorLine.isEmpty() ? 0 : 1),
                      qPrintable(run.errors));
-        const QStringList errors = run.errors.split('\n', Qt::SkipEmptyParts)
-                                       .filter(u"corvanta-support-report"_s)
-                                       .replaceInStrings(u"corvanta-support-report: "_s, QString());
-        QCOMPARE(errors.size(), errorLine.isEmpty() ? 0 : 1);
-        // What stands before a "|" begins the line, what follows ends it.
-        QVERIFY2(errors.join('\n').startsWith(errorLine.section('|', 0, 0))
-                     && errors.join('\n').endsWith(errorLine.section('|', 1)),
-                 qPrintable(errors.join('\n')));
+        const QString errors = run.errors.split('\n', Qt::SkipEmptyParts)
+                                   .filter(u"corvanta-support-report"_s)
+                                   .replaceInStrings(u"corvanta-support-report: "_s, QString())
+                                   .join('\n');
+        QVERIFY2(errors.count('\n') == 0 && errors.isEmpty() == errorLine.isEmpty()
+                     && errors.startsWith(errorLine.section('|', 0, 0))
+                     && errors.endsWith(errorLine.section('|', 1)),
+                 qPrintable(errors));
         if (const QString savedIn = arguments.filter(u"--save="_s).value(0).mid(7);
-            exitCode == 1 && !savedIn.isEmpty())
+            full && !savedIn.isEmpty())
             QCOMPARE(
                 QDir(savedIn).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
                 QStringList());
