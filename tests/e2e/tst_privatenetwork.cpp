@@ -269,32 +269,59 @@ private slots:
                 QStringList());
     }
 
-    // A whole bundle whose fields all stand in its text; redacted, it names nothing of the machine.
+    // A whole redacted bundle whose fields all stand in its text, and that names nothing of the
+    // machine the plain report shows.
     void savedBundles()
     {
         QVERIFY(m_home.prepare());
         // A real display, so the Display page has fields as well.
         const XvfbServer x;
         QVERIFY2(x.isRunning(), "Xvfb did not start");
+        const Run plain = report({u"--format"_s, u"json"_s}, x.environment());
+        QCOMPARE(plain.exitCode, 0);
+        // The namespace's root is the user.
+        QStringList values{QSysInfo::machineHostName(), u"root"_s, QDir::homePath()};
+        for (const QStringList& field :
+             fieldsOf(QJsonDocument::fromJson(plain.output)[u"sections"_s].toArray())) {
+            if (!field[3].isEmpty()
+                && (namingHeadings + QStringList{u"UUID:"_s, u"External IP Address:"_s})
+                       .contains(field[1]))
+                values << field[3];
+        }
+        for (const QString& known : {QString::fromLatin1(hostName), u"10.9.8.7"_s, u"fd00::a1:7"_s,
+                                     u"6f1c2d3e-0000-4000-8000-0123456789ab"_s})
+            QVERIFY2(values.contains(known), qPrintable(known));
+
+        // The folders of this minute are taken, so the report gets a folder of its own beside.
         const QString parent = m_home.path(u"saved"_s);
-        const Run run = report({u"--format"_s, u"json"_s, u"--save"_s, parent}, x.environment());
+        const QDateTime now = QDateTime::currentDateTimeUtc();
+        for (int second = 0; second < 60; ++second)
+            QVERIFY(QDir().mkpath(parent + '/' + reportFolderName(now.addSecs(second))));
+        const Run run =
+            report({u"--redact"_s, u"--format"_s, u"json"_s, u"--save"_s, parent}, x.environment());
         QCOMPARE(run.exitCode, 0);
-        const QStringList saved = QDir(parent).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-        QCOMPARE(saved.size(), 1);
-        const QString folder = parent + '/' + saved.first();
-        QCOMPARE(fileBytes(folder + u"/report.json"_s), run.output);
-        // Every file its checksum names, and the JSON in the published schema.
+        QVERIFY(run.errors.contains(u"saved the report in \"~/saved/"_s));
+        const QStringList copies =
+            QDir(parent).entryList({u"* (2)"_s}, QDir::Dirs | QDir::NoDotAndDotDot);
+        QCOMPARE(copies.size(), 1);
         QCOMPARE(
-            QProcess::execute(
-                u"sh"_s, {u"-c"_s,
-                          u"cd \"$0\" && sha256sum --check --strict SHA256SUMS && python3 -c "
-                          "'import json, sys, jsonschema; jsonschema.validate(json.load(open("
-                          "\"report.json\")), json.load(open(sys.argv[1])))' \"$1\""_s,
-                          folder, QStringLiteral(CORVANTA_SOURCE_DIR "/app/report.schema.json")}),
-            0);
+            QDir(parent).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(),
+            61);
+        const QDir folder(parent + '/' + copies.first());
+        QCOMPARE(fileBytes(folder.filePath(u"report.json"_s)), run.output);
+        // Every file its checksum names, and the JSON in the published schema.
+        QCOMPARE(QProcess::execute(
+                     u"sh"_s, {u"-c"_s,
+                               u"cd \"$0\" && sha256sum --check --strict SHA256SUMS && python3 -c "
+                               "'import json, sys, jsonschema; jsonschema.validate(json.load(open("
+                               "\"report.json\")), json.load(open(sys.argv[1])))' \"$1\""_s,
+                               folder.path(),
+                               QStringLiteral(CORVANTA_SOURCE_DIR "/app/report.schema.json")}),
+                 0);
         const QJsonArray sections = QJsonDocument::fromJson(run.output)[u"sections"_s].toArray();
-        const QString text = QString::fromUtf8(fileBytes(folder + u"/report.txt"_s));
+        const QString text = QString::fromUtf8(fileBytes(folder.filePath(u"report.txt"_s)));
         QCOMPARE(sections.size(), text.count(QString(50, '=') + '\n'));
+        QVERIFY(fieldsOf(sections).size() > 50);
         for (const QJsonValue& section : sections) {
             const QString page = section[u"text"_s].toString();
             const QList<QStringList> fields = fieldsOf(QJsonArray{section});
@@ -314,47 +341,14 @@ private slots:
                 position = match.capturedEnd();
             }
         }
-
-        // The namespace's root is the user.
-        QStringList values{QSysInfo::machineHostName(), u"root"_s, QDir::homePath()};
-        const QList<QStringList> fields = fieldsOf(sections);
-        QVERIFY(fields.size() > 50);
-        for (const QStringList& field : fields) {
-            if (!field[3].isEmpty()
-                && (namingHeadings + QStringList{u"UUID:"_s, u"External IP Address:"_s})
-                       .contains(field[1]))
-                values << field[3];
-        }
-        for (const QString& known : {QString::fromLatin1(hostName), u"10.9.8.7"_s, u"fd00::a1:7"_s,
-                                     u"6f1c2d3e-0000-4000-8000-0123456789ab"_s})
-            QVERIFY2(values.contains(known), qPrintable(known));
-        // The folders of this minute are taken, so the report gets a folder of its own beside.
-        const QString hiddenParent = m_home.path(u"redacted"_s);
-        const QDateTime now = QDateTime::currentDateTimeUtc();
-        for (int second = 0; second < 60; ++second)
-            QVERIFY(QDir().mkpath(hiddenParent + '/' + reportFolderName(now.addSecs(second))));
-        const Run redacted = report(
-            {u"--redact"_s, u"--format"_s, u"json"_s, u"--save"_s, hiddenParent}, x.environment());
-        QCOMPARE(redacted.exitCode, 0);
-        const QStringList copies =
-            QDir(hiddenParent).entryList({u"* (2)"_s}, QDir::Dirs | QDir::NoDotAndDotDot);
-        QCOMPARE(copies.size(), 1);
-        const QDir hiddenFolder(hiddenParent + '/' + copies.first());
-        QCOMPARE(QDir(hiddenParent)
-                     .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)
-                     .size(),
-                 61);
-        QVERIFY(redacted.errors.contains(u"saved the report in \"~/redacted/"_s));
-        // Hidden behind a placeholder, not left out.
-        QVERIFY(fileBytes(hiddenFolder.filePath(u"report.txt"_s))
-                    .contains("\nHost Name:          host-1\n"));
-        // Nowhere, in any case, a MAC with colons too; the redactor's rows prove the other
-        // spellings.
-        QString outputs = QString::fromUtf8(redacted.output) + redacted.errors;
-        const QStringList files = hiddenFolder.entryList(QDir::Files);
+        // Hidden behind a placeholder, not left out; nowhere, in any case, a MAC with colons too
+        // (the redactor's rows prove the other spellings).
+        QVERIFY(text.contains(u"\nHost Name:          host-1\n"_s));
+        QString outputs = QString::fromUtf8(run.output) + run.errors;
+        const QStringList files = folder.entryList(QDir::Files);
         QCOMPARE(files.size(), 4);
         for (const QString& name : files)
-            outputs += QString::fromLatin1(fileBytes(hiddenFolder.filePath(name)));
+            outputs += QString::fromLatin1(fileBytes(folder.filePath(name)));
         for (const QString& value : std::as_const(values)) {
             for (const QString& form : {value, QString(value).replace('-', ':')})
                 QVERIFY2(!outputs.contains(form, Qt::CaseInsensitive), qPrintable(form));
