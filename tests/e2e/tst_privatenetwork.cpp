@@ -440,7 +440,6 @@ private slots:
                                           QRegularExpression::escape(value)),
                                       QRegularExpression::CaseInsensitiveOption);
         };
-        QString shown;
         for (qsizetype i = 0; i < plain.size(); ++i) {
             // The operating system's and the fonts' names stay what they are.
             const bool fonts = plain[i][u"kind"_s].toInt() == 1;
@@ -450,19 +449,15 @@ private slots:
                      it != swaps.cend() && !fonts && !line.startsWith(system); ++it)
                     line.replace(token(it.key()), it.value());
             }
-            const QString text = hideWording(redacted[i]);
-            QCOMPARE(text, lines.join('\n'));
-            if (!fonts)
-                shown += QString(text).remove(QRegularExpression(
-                    u"^"_s + system + u".*$"_s, QRegularExpression::MultilineOption));
+            QCOMPARE(hideWording(redacted[i]), lines.join('\n'));
         }
         const QByteArray redactedJson = fileBytes(m_files.filePath(u"redacted.json"_s));
         QVERIFY(redactedJson.contains(" - 5.2.0.14")
                 && redactedJson.contains(" ~/.config/Kelvanmoor/Corvanta.ini OK"));
         // Qt's own messages too, such as the runtime folder it names after the user.
-        shown += QString::fromUtf8(fileBytes(m_files.filePath(u"redacted.errors"_s)));
+        const QString errors = QString::fromUtf8(fileBytes(m_files.filePath(u"redacted.errors"_s)));
         for (const QString& value : {host, user})
-            QVERIFY2(!shown.contains(token(value)), qPrintable(value));
+            QVERIFY2(!errors.contains(token(value)), qPrintable(value));
     }
 
     // An earlier name stays hidden; then folder, preferences, association and environment.d appear.
