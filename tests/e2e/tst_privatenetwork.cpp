@@ -490,15 +490,14 @@ private slots:
             QElapsedTimer launch;
             launch.start();
             const QString main = x.startMainWindow();
-            QVERIFY2(!main.isEmpty(), "the main window never appeared");
-            QVERIFY2(launch.elapsed() < 8000,
+            QVERIFY2(!main.isEmpty() && launch.elapsed() < 8000,
                      qPrintable(u"the window took %1 ms"_s.arg(launch.elapsed())));
             QTRY_VERIFY2(!m_connections.isEmpty(), "the program never reached the silent server");
             x.keys({u"Right"_s, u"Down"_s, u"Return"_s}, main);
             QString copied;
             QVERIFY(QTest::qWaitFor([&] { return !(copied = x.clipboard()).isEmpty(); }, 20000));
-            QVERIFY2(launch.elapsed() >= 9000, "the report did not wait for the silent network");
-            QVERIFY2(copied.contains(u"\nWinInet:            Error\n"_s)
+            // The report waited for the silent network.
+            QVERIFY2(launch.elapsed() >= 9000 && copied.contains(u"\nWinInet:            Error\n"_s)
                          && !copied.contains(SupportSystemData::checkingText()),
                      qPrintable(copied));
         }
@@ -513,6 +512,7 @@ private slots:
 
         const int ownLevel = QThread::currentThread()->loopLevel();
         QElapsedTimer sinceBeat;
+        QElapsedTimer refresh;
         qint64 longestGap = 0;
         QTimer heartbeat;
         connect(&heartbeat, &QTimer::timeout, this, [&] {
@@ -521,7 +521,6 @@ private slots:
         });
         heartbeat.start(100);
         sinceBeat.start();
-        QElapsedTimer refresh;
         refresh.start();
         QTimer::singleShot(0, &tab, [&] {
             tab.updateContent();
@@ -532,8 +531,8 @@ private slots:
         QVERIFY2(page().contains(u"WinInet:            Error"_s)
                      && !page().contains(SupportSystemData::checkingText()),
                  qPrintable(page()));
-        QVERIFY2(refresh.elapsed() >= 9000, "the probe was not held by the silent server");
-        QVERIFY(m_connections.size() >= connectionsBefore + 2);
+        QVERIFY2(refresh.elapsed() >= 9000 && m_connections.size() >= connectionsBefore + 2,
+                 "the probe was not held by the silent server");
         QVERIFY2(longestGap <= 2000,
                  qPrintable(u"the GUI thread was held for %1 ms"_s.arg(longestGap)));
     }
@@ -546,19 +545,17 @@ private slots:
         const QString resolver = m_files.filePath(u"resolv.conf"_s);
         QVERIFY(putFile(resolver, "nameserver 127.0.0.3\noptions timeout:8 attempts:1\n"));
         // A host name the hosts file does not know, so the report asks the silent name server.
-        QProcess report;
-        report.start(u"unshare"_s, {u"-mu"_s, u"sh"_s, u"-c"_s,
-                                    u"hostname unlisted && mount --bind \"$0\" /etc/resolv.conf && "
-                                    "exec \"$1\""_s,
-                                    resolver, QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY)});
         QElapsedTimer clock;
         clock.start();
-        QVERIFY(report.waitForFinished(60000));
+        QCOMPARE(QProcess::execute(u"unshare"_s,
+                                   {u"-mu"_s, u"sh"_s, u"-c"_s,
+                                    u"hostname unlisted && mount --bind \"$0\" /etc/resolv.conf && "
+                                    "exec \"$1\" > /dev/null"_s,
+                                    resolver, QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY)}),
+                 0);
         const qint64 took = clock.elapsed();
-        QCOMPARE(report.exitCode(), 0);
         QVERIFY2(nameServer.hasPendingDatagrams(), "the report never asked the name server");
-        QVERIFY2(took >= 9000, "the report did not wait for the silent network");
-        QVERIFY2(took < 14000, qPrintable(u"the report waited %1 ms"_s.arg(took)));
+        QVERIFY2(took >= 9000 && took < 14000, qPrintable(u"the report waited %1 ms"_s.arg(took)));
     }
 };
 
