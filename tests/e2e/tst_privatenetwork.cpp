@@ -303,7 +303,9 @@ private slots:
         const QDateTime now = QDateTime::currentDateTimeUtc();
         for (int second = 0; second < 60; ++second)
             QVERIFY(QDir().mkpath(parent + '/' + reportFolderName(now.addSecs(second))));
-        // A real display, so the Display page has fields as well.
+        // A real display, so the Display page has fields as well. The bundle's files are those its
+        // checksums name, its JSON is in the published schema; a second run meets the placeholders
+        // the first one kept, so there is no difference to tell.
         const XvfbServer x;
         QVERIFY2(x.isRunning(), "Xvfb did not start");
         QProcess run;
@@ -315,12 +317,16 @@ private slots:
                    "unset XDG_CONFIG_HOME XDG_DATA_HOME XDG_CACHE_HOME XDG_RUNTIME_DIR && export "
                    "http_proxy=http://127.0.0.1:9 https_proxy=http://127.0.0.1:9 && "
                    "\"$0\" --format json > plain.json && \"$0\" --redact --format json --save "
-                   "\"$3\" > redacted.json 2> redacted.errors && "
+                   "\"$3\" > redacted.json 2> redacted.errors && (cd \"$3\"/*' (2)' && "
+                   "sha256sum --check --strict --quiet SHA256SUMS && python3 -c 'import json, "
+                   "sys, jsonschema; jsonschema.validate(json.load(open(\"report.json\")), "
+                   "json.load(open(sys.argv[1])))' \"$4\") && "
                    "\"$0\" --redact --diff redacted.json"_s,
-                   QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY), host, home, parent});
+                   QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY), host, home, parent,
+                   QStringLiteral(CORVANTA_SOURCE_DIR "/app/report.schema.json")});
         QVERIFY(run.waitForFinished(60000));
         QCOMPARE(run.readAllStandardOutput(), QByteArray());
-        QCOMPARE(run.exitCode(), 0);
+        QVERIFY2(run.exitCode() == 0, run.readAllStandardError().constData());
         const QByteArray redactedJson = fileBytes(m_files.filePath(u"redacted.json"_s));
         const QString errors = QString::fromUtf8(fileBytes(m_files.filePath(u"redacted.errors"_s)));
         QVERIFY2(errors.contains(u"saved the report in \"~/saved/"_s), qPrintable(errors));
@@ -332,17 +338,6 @@ private slots:
             61);
         const QDir folder(parent + '/' + copies.first());
         QCOMPARE(fileBytes(folder.filePath(u"report.json"_s)), redactedJson);
-        // Every file its checksum names, and the JSON in the published schema.
-        QCOMPARE(
-            QProcess::execute(
-                u"sh"_s,
-                {u"-c"_s,
-                 u"cd \"$0\" && sha256sum --check --strict --quiet SHA256SUMS && python3 "
-                 "-c 'import json, sys, jsonschema; jsonschema.validate(json.load(open("
-                 "\"report.json\")), json.load(open(sys.argv[1])))' \"$1\""_s,
-                 folder.path(), QStringLiteral(CORVANTA_SOURCE_DIR "/app/report.schema.json")}),
-            0);
-
         const QJsonArray plain =
             QJsonDocument::fromJson(fileBytes(m_files.filePath(u"plain.json"_s)))[u"sections"_s]
                 .toArray();
@@ -404,10 +399,10 @@ private slots:
             qsizetype position = 0;
             for (const QStringList& field : fields) {
                 const QRegularExpressionMatch match =
-                    QRegularExpression(u"(?:^ *|\\G)"_s + QRegularExpression::escape(field[2])
-                                           + u" *"_s + QRegularExpression::escape(field[4])
-                                           + u" *$"_s,
-                                       QRegularExpression::MultilineOption)
+                    QRegularExpression(
+                        u"(?:^ *|\\G)%1 *%2 *$"_s.arg(QRegularExpression::escape(field[2]),
+                                                      QRegularExpression::escape(field[4])),
+                        QRegularExpression::MultilineOption)
                         .match(page, position);
                 QVERIFY2(match.hasMatch(), qPrintable(field.join('|')));
                 position = match.capturedEnd();
