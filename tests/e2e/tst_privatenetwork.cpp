@@ -459,7 +459,6 @@ private slots:
                         "QT_AUTO_SCREEN_SCALE_FACTOR=0\n"));
         const Run run = report({u"--diff"_s, earlier});
         QCOMPARE(run.exitCode, 1);
-        const QString home = QDir::homePath();
         QCOMPARE(QString::fromUtf8(run.output),
                  u"Permissions:\n"
                  "  appeared  %1/.config/Kelvanmoor/Corvanta.ini \"OK\"\n"
@@ -468,7 +467,7 @@ private slots:
                  "  changed   Application Data: \"%1/.local/share/Corvanta - Does Not Exist\" -> "
                  "\"%1/.local/share/Corvanta\"\n"
                  "  appeared  File Associations (User): \".cvd\"\n"
-                 "  error gone: Application Data folder not found.\n"_s.arg(home));
+                 "  error gone: Application Data folder not found.\n"_s.arg(QDir::homePath()));
     }
 
     // The window beats the probe's bound, a copied report waits; the refresh never holds the loop.
