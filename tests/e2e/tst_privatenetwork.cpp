@@ -124,7 +124,8 @@ class tst_PrivateNetwork : public QObject
     ProductHome m_home;
     QTemporaryDir m_files;
     QTcpServer m_server;
-    QList<QTcpSocket*> m_connections;
+    // Each connection stays open and unanswered among the server's pending ones.
+    const QSignalSpy m_connections{&m_server, &QTcpServer::newConnection};
 
 private slots:
     void initTestCase()
@@ -144,10 +145,6 @@ private slots:
         QVERIFY(putFile(m_files.filePath(u"hosts"_s), hosts));
         QVERIFY(bindFile(m_files.filePath(u"hosts"_s), u"/etc/hosts"_s));
         QVERIFY(m_server.listen(QHostAddress(u"127.0.0.2"_s), 443));
-        connect(&m_server, &QTcpServer::newConnection, this, [this] {
-            while (QTcpSocket* socket = m_server.nextPendingConnection())
-                m_connections << socket;
-        });
         // Odd things to compare, and folders to save in that cannot take a report: on a tiny file
         // system of this namespace alone, and read-only.
         QCOMPARE(QProcess::execute(u"mkfifo"_s, {m_files.filePath(u"fifo"_s)}), 0);
@@ -231,9 +228,8 @@ private slots:
         errorLine = expand(errorLine);
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         // As root meets it over a remote shell: without a runtime folder.
-        for (const QString& name :
-             {u"LC_ALL"_s, u"LC_MESSAGES"_s, u"LANGUAGE"_s, u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s,
-              u"QT_QPA_PLATFORM"_s, u"XDG_RUNTIME_DIR"_s})
+        for (const QString& name : u"LC_ALL LC_MESSAGES LANGUAGE DISPLAY WAYLAND_DISPLAY "
+                                   "QT_QPA_PLATFORM XDG_RUNTIME_DIR"_s.split(' '))
             environment.remove(name);
         environment.insert(u"LANG"_s, arguments.value(0).startsWith(u"LANG="_s)
                                           ? arguments.takeFirst().mid(5)
