@@ -51,9 +51,8 @@ private slots:
         const QString received = home.path(u"received.txt"_s);
         const QString recorder = home.path(u"bin/record-mail"_s);
         QVERIFY(putFile(recorder, "#!/bin/sh\nprintf '%s' \"$1\" > '" + received.toUtf8() + "'\n"));
-        QVERIFY(QFile::setPermissions(recorder, QFile::ReadOwner | QFile::ExeOwner));
         QVERIFY(putFile(home.path(u".local/share/applications/record-mail.desktop"_s),
-                        "[Desktop Entry]\nType=Application\nName=Mail Recorder\nExec="
+                        "[Desktop Entry]\nType=Application\nName=Mail Recorder\nExec=sh "
                             + recorder.toUtf8() + " %u\nMimeType=x-scheme-handler/mailto;\n"));
         // The mail default beside it, so the user's mimeapps.list is the product's alone.
         QVERIFY(putFile(home.path(u".local/share/applications/mimeapps.list"_s),
