@@ -13,26 +13,20 @@
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QElapsedTimer>
-#include <QHostAddress>
 #include <QHostInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QLabel>
 #include <QMenuBar>
 #include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QSignalSpy>
-#include <QSysInfo>
 #include <QTcpServer>
-#include <QTcpSocket>
 #include <QTest>
 #include <QTimer>
 #include <QUdpSocket>
 
-#include <sys/mount.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -95,22 +89,30 @@ Run report(const QStringList& arguments,
             QString::fromUtf8(program.readAllStandardError())};
 }
 
-// Every value the page gives under the label, the items of a list included.
-QStringList valuesOf(const QJsonObject& root, const QString& label)
+// The report's fields in page order, each as {page, heading, label, value, shown}: its heading the
+// last label not indented, so a list's items stand under it; shown, value and note as printed.
+QList<QStringList> fieldsOf(const QJsonArray& sections)
 {
-    QStringList values;
-    for (const QJsonValue& section : root[u"sections"_s].toArray()) {
+    QList<QStringList> fields;
+    for (const QJsonValue& section : sections) {
         QString heading;
         for (const QJsonValue& field : section[u"fields"_s].toArray()) {
-            const QString fieldLabel = field[u"label"_s].toString();
-            if (!fieldLabel.startsWith(' '))
-                heading = fieldLabel;
-            if (heading == label && !field[u"value"_s].toString().trimmed().isEmpty())
-                values << field[u"value"_s].toString().trimmed();
+            const QString label = field[u"label"_s].toString();
+            const QJsonValue value = field[u"value"_s];
+            const QString note = field[u"note"_s].toString();
+            heading = label.startsWith(' ') ? heading : label;
+            fields << QStringList{
+                section[u"name"_s].toString(), heading, label, value.toString().trimmed(),
+                value.toString() + (note.isEmpty() || value.isNull() ? u""_s : u" - "_s) + note};
         }
     }
-    return values;
+    return fields;
 }
+
+// The headings whose values name the machine or its user.
+const QStringList namingHeadings{u"Host Name:"_s,           u"User Name:"_s,
+                                 u"MAC Interfaces:"_s,      u"Local IP Addresses:"_s,
+                                 u"External IP Address:"_s, u"UUID:"_s};
 
 } // namespace
 
@@ -122,21 +124,20 @@ class tst_PrivateNetwork : public QObject
     ProductHome m_home;
     QTemporaryDir m_files;
     QTcpServer m_server;
-    QList<QTcpSocket*> m_connections;
-
-    static QStringList localAddressTexts()
-    {
-        QStringList texts =
-            SystemProfile::addressTexts(QHostInfo::fromName(QString::fromLatin1(hostName)));
-        texts.sort();
-        return texts;
-    }
+    // Each connection stays open and unanswered among the server's pending ones.
+    const QSignalSpy m_connections{&m_server, &QTcpServer::newConnection};
 
 private slots:
     void initTestCase()
     {
         QVERIFY(m_home.isValid() && m_files.isValid());
         QVERIFY(bringLoopbackUp());
+        const auto localAddressTexts = [] {
+            QStringList texts =
+                SystemProfile::addressTexts(QHostInfo::fromName(QString::fromLatin1(hostName)));
+            texts.sort();
+            return texts;
+        };
         // The interfaces' addresses, not the host name's; loopback only while it is all there is.
         QCOMPARE(localAddressTexts(), (QStringList{u"127.0.0.1"_s, u"::1"_s}));
         QVERIFY(addInterface(u"d0"_s, {u"10.9.8.7/24"_s, u"fd00::a1:7/64"_s}));
@@ -144,125 +145,97 @@ private slots:
         QVERIFY(putFile(m_files.filePath(u"hosts"_s), hosts));
         QVERIFY(bindFile(m_files.filePath(u"hosts"_s), u"/etc/hosts"_s));
         QVERIFY(m_server.listen(QHostAddress(u"127.0.0.2"_s), 443));
-        connect(&m_server, &QTcpServer::newConnection, this, [this] {
-            while (QTcpSocket* socket = m_server.nextPendingConnection())
-                m_connections << socket;
-        });
-        // Odd things to compare, and folders to save in that cannot take a report.
-        QVERIFY(::mkfifo(QFile::encodeName(m_files.filePath(u"fifo"_s)).constData(), 0600) == 0);
+        // Odd things to compare, and folders to save in that cannot take a report: on a tiny file
+        // system of this namespace alone, and read-only.
+        QCOMPARE(QProcess::execute(u"mkfifo"_s, {m_files.filePath(u"fifo"_s)}), 0);
         QFile big(m_files.filePath(u"big.json"_s));
         QVERIFY(big.open(QIODevice::WriteOnly) && big.resize(64 * 1024 * 1024 + 1));
         QVERIFY(putFile(m_files.filePath(u"empty.json"_s), {}));
-        for (const auto& [name, options] :
-             {std::pair{u"full"_s, u"size=8k"_s}, {u"readonly"_s, u"ro"_s}}) {
-            const QString folder = m_files.filePath(name);
-            QVERIFY(QDir().mkpath(folder));
-            QCOMPARE(QProcess::execute(u"mount"_s,
-                                       {u"-t"_s, u"tmpfs"_s, u"-o"_s, options, u"tmpfs"_s, folder}),
-                     0);
-        }
+        QCOMPARE(QProcess::execute(u"mount"_s, u"-t tmpfs -o size=8k tmpfs /mnt"_s.split(' ')), 0);
+        QVERIFY(QDir().mkpath(u"/mnt/full"_s) && QDir().mkpath(u"/mnt/readonly"_s)
+                && bindReadOnly(u"/mnt/readonly"_s));
         // The closed proxy of the other suites would answer at once, and no silence be tested.
         for (const char* name : {"http_proxy", "https_proxy", "no_proxy"})
             qunsetenv(name);
         QCOMPARE(localAddressTexts(), (QStringList{u"10.9.8.7"_s, u"fd00::a1:7"_s}));
     }
 
-    void cleanupTestCase()
-    {
-        for (const QString& name : {u"full"_s, u"readonly"_s})
-            QCOMPARE(::umount(QFile::encodeName(m_files.filePath(name)).constData()), 0);
-    }
-
-    // The report program as a shell user meets it, without a display, in the language of LANG.
+    // The report program as a shell user meets it, without a display. A row's name is its
+    // command line: LANG (else C) and where its output goes around the arguments; "%1" stands
+    // for the folder of odd files, "%S" for the sources. What stands before a "|" in the error
+    // line begins it, the rest ends it.
     void answers_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("lang");
         QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QStringList>("output"); // patterns it matches; none: it is empty
         QTest::addColumn<QString>("errorLine");
-        const auto row = [](const char* name, const QStringList& arguments, int exitCode,
-                            const QStringList& output, const QString& errorLine = {},
-                            const QString& lang = u"C"_s) {
-            QTest::newRow(name) << arguments << lang << exitCode << output << errorLine;
+        QTest::addColumn<QStringList>("output"); // patterns it matches; none: it is empty
+        const auto row = [](const char* command, int exitCode, const QString& errorLine,
+                            const QStringList& output = {}) {
+            QTest::newRow(command) << exitCode << errorLine << output;
         };
-        row("--help", {u"--help"_s}, 0,
-            {u"^Usage: "_s, u"\n  2  the command line was not understood;\n"_s});
-        row("--version", {u"--version"_s}, 0, {u"^corvanta-support-report 1\\.0\\.5\n$"_s});
-        row("a value for a switch", {u"--version=2"_s}, 2, {},
-            u"Unexpected value after '--version'; see --help"_s);
-        row("unknown option with a value", {u"--colour=auto"_s}, 2, {},
-            u"unknown argument \"--colour=auto\"; see --help"_s);
-        row("unknown format", {u"--format=xml"_s}, 2, {},
-            u"unknown format \"xml\"; use text or json; see --help"_s);
-        row("differences as json", {u"--diff"_s, u"a.json"_s, u"--format"_s, u"json"_s}, 2, {},
-            u"--diff prints text; leave out --format json"_s);
-        row("a third report", {u"--diff"_s, u"a.json"_s, u"b.json"_s, u"c.json"_s}, 2, {},
-            u"unknown argument \"c.json\"; see --help"_s);
-        row("saving a later file", {u"--save=/tmp"_s, u"--diff=a.json"_s, u"b.json"_s}, 2, {},
+        row("--help", 0, {}, {u"^Usage: "_s, u"\n  2  the command line was not understood;\n"_s});
+        row("--version", 0, {}, {u"^corvanta-support-report 1\\.0\\.5\n$"_s});
+        row("--version=2", 2, u"Unexpected value after '--version'; see --help"_s);
+        row("--colour=auto", 2, u"unknown argument \"--colour=auto\"; see --help"_s);
+        row("--format=xml", 2, u"unknown format \"xml\"; use text or json; see --help"_s);
+        row("--diff a.json --format json", 2, u"--diff prints text; leave out --format json"_s);
+        row("--diff a.json b.json c.json", 2, u"unknown argument \"c.json\"; see --help"_s);
+        row("--save=/tmp --diff=a.json b.json", 2,
             u"--save saves this machine's report; leave out LATER"_s);
-        row("no earlier report", {u"--diff=/nonexistent/a.json"_s}, 2, {},
-            u"/nonexistent/a.json: No such file or directory"_s);
-        const QString files = m_files.path();
-        row("no JSON to compare", {u"--diff"_s, files + u"/empty.json"_s}, 2, {},
-            files + u"/empty.json: not JSON (illegal value at byte 0)"_s);
+        row("--diff=/nonexistent/a.json", 2, u"/nonexistent/a.json: No such file or directory"_s);
+        row("--diff %1/empty.json", 2, u"%1/empty.json: not JSON (illegal value at byte 0)"_s);
         // Looked at, never opened: a FIFO would not even open, nor a read of it end.
-        row("a FIFO to compare", {u"--diff"_s, files + u"/fifo"_s}, 2, {},
-            files + u"/fifo: not a regular file, so not a report"_s);
-        row("a folder to compare", {u"--diff"_s, files}, 2, {},
-            files + u": a folder, not a report"_s);
-        row("a file over 64 MiB to compare", {u"--diff"_s, files + u"/big.json"_s}, 2, {},
-            files + u"/big.json: larger than 64 MiB, so not a report"_s);
-        row("saving without a folder", {u"--save="_s}, 2, {},
-            u"--save needs the folder to save the report in; see --help"_s);
-        row("saving in a file", {u"--save"_s, files + u"/empty.json"_s}, 2, {},
-            u"--save needs a folder, not a file; see --help"_s);
+        row("--diff %1/fifo", 2, u"%1/fifo: not a regular file, so not a report"_s);
+        row("--diff %1", 2, u"%1: a folder, not a report"_s);
+        row("--diff %1/big.json", 2, u"%1/big.json: larger than 64 MiB, so not a report"_s);
+        row("--diff %S/app/report.schema.json", 2,
+            u"%S/app/report.schema.json: not a Corvanta Support report"_s);
+        row("--save=", 2, u"--save needs the folder to save the report in; see --help"_s);
+        row("--save %1/empty.json", 2, u"--save needs a folder, not a file; see --help"_s);
         // The message names the file and the system's reason; nothing is left.
-        row("saving on a full file system", {u"--save="_s + files + u"/full"_s}, 1, {},
-            u"cannot save the report: %1/full/Corvanta Support Report |: No space left on "
-            "device"_s.arg(files));
-        row("saving on a read-only file system", {u"--save="_s + files + u"/readonly"_s}, 1, {},
-            u"cannot save the report: %1/readonly: Read-only file system"_s.arg(files));
-        row("another tool's JSON",
-            {u"--diff"_s, QStringLiteral(CORVANTA_SOURCE_DIR "/app/report.schema.json")}, 2, {},
-            QStringLiteral(CORVANTA_SOURCE_DIR
-                           "/app/report.schema.json: not a Corvanta Support report"));
-        row("help to a full disk", {u"--help"_s}, 1, {}, u"cannot write: "_s);
-        row("report to a full disk", {}, 1, {}, u"cannot write the report"_s);
-        row("German help", {u"--help"_s}, 0,
-            {u"Diese Hilfe anzeigen und beenden\\."_s, u"\nExit-Status:\n"_s}, {},
-            u"de_DE.UTF-8"_s);
+        row("--save=/mnt/full >/dev/full", 1,
+            u"cannot save the report: /mnt/full/Corvanta Support Report |: No space left on device"_s);
+        row("--save=/mnt/readonly >/dev/full", 1,
+            u"cannot save the report: /mnt/readonly: Read-only file system"_s);
+        row("--help >/dev/full", 1, u"cannot write: "_s);
+        row(">/dev/full", 1, u"cannot write the report"_s);
+        row("LANG=de_DE.UTF-8 --help", 0, {},
+            {u"Diese Hilfe anzeigen und beenden\\."_s, u"\nExit-Status:\n"_s});
         // In English for support whatever the user's language; no made-up screen.
-        row("German report", {}, 0,
+        row("LANG=de_DE.UTF-8", 0, {},
             {u"^Generated: "_s,
              u"\nDisplay\n\nNo display server could be reached, so there are no screens to "
              "describe\\.\n+="_s,
-             u"={50}\nSystem\n\nOperating System:   [^=]*\nWinInet:            Error\n[^=]*\n$"_s},
-            {}, u"de_DE.UTF-8"_s);
+             u"={50}\nSystem\n\nOperating System:   [^=]*\nWinInet:            Error\n[^=]*\n$"_s});
         // Qt has French texts, the program has none: nothing may mix two languages.
-        const QString window = QString::fromLatin1(windowTexts);
-        row("German window", {window}, 0,
-            {u"^&Datei\\|&Bearbeiten\\|&Hilfe\n1 Byte\nAbbrechen\n$"_s}, {}, u"de_DE.UTF-8"_s);
-        row("French window", {window}, 0, {u"^&File\\|&Edit\\|&Help\n1 byte\nCancel\n$"_s}, {},
-            u"fr_FR.UTF-8"_s);
+        row("LANG=de_DE.UTF-8 --window-texts", 0, {},
+            {u"^&Datei\\|&Bearbeiten\\|&Hilfe\n1 Byte\nAbbrechen\n$"_s});
+        row("LANG=fr_FR.UTF-8 --window-texts", 0, {},
+            {u"^&File\\|&Edit\\|&Help\n1 byte\nCancel\n$"_s});
     }
 
     void answers()
     {
-        QFETCH(QStringList, arguments);
-        QFETCH(QString, lang);
         QFETCH(int, exitCode);
-        QFETCH(QStringList, output);
         QFETCH(QString, errorLine);
+        QFETCH(QStringList, output);
+        const auto expand = [this](QString text) {
+            return text.replace(u"%1"_s, m_files.path())
+                .replace(u"%S"_s, QStringLiteral(CORVANTA_SOURCE_DIR));
+        };
+        QStringList arguments =
+            expand(QString::fromLatin1(QTest::currentDataTag())).split(' ', Qt::SkipEmptyParts);
+        errorLine = expand(errorLine);
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         // As root meets it over a remote shell: without a runtime folder.
-        for (const QString& name :
-             {u"LC_ALL"_s, u"LC_MESSAGES"_s, u"LANGUAGE"_s, u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s,
-              u"QT_QPA_PLATFORM"_s, u"XDG_RUNTIME_DIR"_s})
+        for (const QString& name : u"LC_ALL LC_MESSAGES LANGUAGE DISPLAY WAYLAND_DISPLAY "
+                                   "QT_QPA_PLATFORM XDG_RUNTIME_DIR"_s.split(' '))
             environment.remove(name);
-        environment.insert(u"LANG"_s, lang);
-        // Exit status 1: the output could not be written.
-        const Run run = report(arguments, environment, exitCode == 1 ? u"/dev/full"_s : QString());
+        environment.insert(u"LANG"_s, arguments.value(0).startsWith(u"LANG="_s)
+                                          ? arguments.takeFirst().mid(5)
+                                          : u"C"_s);
+        const bool full = arguments.removeAll(u">/dev/full"_s) == 1;
+        const Run run = report(arguments, environment, full ? u"/dev/full"_s : QString());
         QCOMPARE(run.exitCode, exitCode);
 
         const QString text = QString::fromUtf8(run.output);
@@ -271,204 +244,134 @@ private slots:
             QVERIFY2(QRegularExpression(pattern).match(text).hasMatch(),
                      qPrintable(pattern + u"\n---\n"_s + text));
         // Help and version come without the window system, so alone; Qt may add warnings elsewhere.
-        if (arguments.contains(u"--help"_s) || arguments.contains(u"--version"_s))
-            QVERIFY2(run.errors.count('\n') == (errorLine.isEmpty() ? 0 : 1),
-                     qPrintable(run.errors));
-        const QStringList errors = run.errors.split('\n', Qt::SkipEmptyParts)
-                                       .filter(u"corvanta-support-report"_s)
-                                       .replaceInStrings(u"corvanta-support-report: "_s, QString());
-        QCOMPARE(errors.size(), errorLine.isEmpty() ? 0 : 1);
-        // What stands before a "|" begins the line, what follows ends it.
-        QVERIFY2(errors.join('\n').startsWith(errorLine.section('|', 0, 0))
-                     && errors.join('\n').endsWith(errorLine.section('|', 1)),
-                 qPrintable(errors.join('\n')));
+        QStringList lines = run.errors.split('\n', Qt::SkipEmptyParts);
+        if (!arguments.contains(u"--help"_s) && !arguments.contains(u"--version"_s))
+            lines = lines.filter(u"corvanta-support-report: "_s);
+        const QString errors = lines.join('\n').remove(u"corvanta-support-report: "_s);
+        QVERIFY2(lines.size() == (errorLine.isEmpty() ? 0 : 1)
+                     && errors.startsWith(errorLine.section('|', 0, 0))
+                     && errors.endsWith(errorLine.section('|', 1)),
+                 qPrintable(run.errors));
         if (const QString savedIn = arguments.filter(u"--save="_s).value(0).mid(7);
-            exitCode == 1 && !savedIn.isEmpty())
+            full && !savedIn.isEmpty())
             QCOMPARE(
                 QDir(savedIn).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
                 QStringList());
     }
 
-    // A whole bundle whose fields all stand in its text; redacted, it names nothing of the machine.
-    void savedBundles()
-    {
-        QVERIFY(m_home.prepare());
-        // A real display, so the Display page has fields as well.
-        const XvfbServer x;
-        QVERIFY2(x.isRunning(), "Xvfb did not start");
-        const QString parent = m_home.path(u"saved"_s);
-        const Run run = report({u"--format"_s, u"json"_s, u"--save"_s, parent}, x.environment());
-        QCOMPARE(run.exitCode, 0);
-        const QStringList saved = QDir(parent).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-        QCOMPARE(saved.size(), 1);
-        const QString folder = parent + '/' + saved.first();
-        QCOMPARE(fileBytes(folder + u"/report.json"_s), run.output);
-        // Every file its checksum names, and the JSON in the published schema.
-        QCOMPARE(
-            QProcess::execute(
-                u"sh"_s, {u"-c"_s,
-                          u"cd \"$0\" && sha256sum --check --strict SHA256SUMS && python3 -c "
-                          "'import json, sys, jsonschema; jsonschema.validate(json.load(open("
-                          "\"report.json\")), json.load(open(sys.argv[1])))' \"$1\""_s,
-                          folder, QStringLiteral(CORVANTA_SOURCE_DIR "/app/report.schema.json")}),
-            0);
-        const QJsonObject root = QJsonDocument::fromJson(run.output).object();
-
-        const QJsonArray sections = root[u"sections"_s].toArray();
-        const QString text = QString::fromUtf8(fileBytes(folder + u"/report.txt"_s));
-        QCOMPARE(sections.size(), text.count(QString(50, '=') + '\n'));
-        qsizetype fieldCount = 0;
-        for (const QJsonValue& section : sections) {
-            const QString page = section[u"text"_s].toString();
-            // Every page that shows anything shows it as fields.
-            QVERIFY2(!section[u"fields"_s].toArray().isEmpty() || page.trimmed().isEmpty(),
-                     qPrintable(section[u"name"_s].toString()));
-            QVERIFY(text.contains('\n' + section[u"name"_s].toString() + u"\n\n"_s + page + '\n'));
-
-            // In page order: label (at a line's start or after the field before), value, note.
-            qsizetype position = 0;
-            for (const QJsonValue& field : section[u"fields"_s].toArray()) {
-                const QJsonValue value = field[u"value"_s];
-                const QString note = field[u"note"_s].toString();
-                const QString shown = value.toString()
-                                      + (note.isEmpty() || value.isNull() ? QString() : u" - "_s)
-                                      + note;
-                const QRegularExpression line(
-                    u"(?:^ *|\\G)"_s + QRegularExpression::escape(field[u"label"_s].toString())
-                        + u" *"_s + QRegularExpression::escape(shown) + u" *$"_s,
-                    QRegularExpression::MultilineOption);
-                const QRegularExpressionMatch match = line.match(page, position);
-                QVERIFY2(match.hasMatch(), qPrintable(QJsonDocument(field.toObject()).toJson()));
-                position = match.capturedEnd();
-                ++fieldCount;
-            }
-        }
-        QVERIFY(fieldCount > 50);
-
-        // The namespace's root is the user.
-        QStringList values{QSysInfo::machineHostName(), u"root"_s, QDir::homePath()};
-        for (const QString& label :
-             {u"Host Name:"_s, u"User Name:"_s, u"UUID:"_s, u"MAC Interfaces:"_s,
-              u"Local IP Addresses:"_s, u"External IP Address:"_s})
-            values << valuesOf(root, label);
-        for (const QString& known : {QString::fromLatin1(hostName), u"10.9.8.7"_s, u"fd00::a1:7"_s,
-                                     u"6f1c2d3e-0000-4000-8000-0123456789ab"_s})
-            QVERIFY2(values.contains(known), qPrintable(known));
-        // The folders of this minute are taken, so the report gets a folder of its own beside.
-        const QString hiddenParent = m_home.path(u"redacted"_s);
-        const QDateTime now = QDateTime::currentDateTimeUtc();
-        for (int second = 0; second < 60; ++second)
-            QVERIFY(QDir().mkpath(hiddenParent + '/' + reportFolderName(now.addSecs(second))));
-        const Run redacted = report(
-            {u"--redact"_s, u"--format"_s, u"json"_s, u"--save"_s, hiddenParent}, x.environment());
-        QCOMPARE(redacted.exitCode, 0);
-        const QStringList copies =
-            QDir(hiddenParent).entryList({u"* (2)"_s}, QDir::Dirs | QDir::NoDotAndDotDot);
-        QCOMPARE(copies.size(), 1);
-        const QString hiddenFolder = hiddenParent + '/' + copies.first();
-        QCOMPARE(QDir(hiddenParent)
-                     .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)
-                     .size(),
-                 61);
-        QMap<QString, QString> outputs{{u"standard output"_s, QString::fromUtf8(redacted.output)},
-                                       {u"standard error"_s, redacted.errors}};
-        for (const QString& name : QDir(hiddenFolder).entryList(QDir::Files))
-            outputs.insert(name, QString::fromLatin1(fileBytes(hiddenFolder + '/' + name)));
-        QCOMPARE(outputs.size(), 6);
-        QVERIFY(redacted.errors.contains(u"saved the report in \"~/redacted/"_s));
-        // In any case, a MAC with colons too; the redactor's rows prove the other spellings.
-        for (const QString& value : std::as_const(values)) {
-            for (const QString& form : {value, QString(value).replace('-', ':')}) {
-                for (auto it = outputs.cbegin(); it != outputs.cend(); ++it)
-                    QVERIFY2(!it.value().contains(form, Qt::CaseInsensitive),
-                             qPrintable(form + u" in "_s + it.key()));
-            }
-        }
-        // Hidden behind a placeholder, not left out.
-        QVERIFY(outputs[u"report.txt"_s].contains(u"\nHost Name:          host-1\n"_s));
-    }
-
-    // Common words as names, a version like an address: only names change; no change, no diff.
-    void redactionReplacesOnlyWhatIdentifies_data()
+    // Each row names the host and the user, common words but on this bench, beside a version like
+    // an address. Saved redacted, a whole bundle whose fields all stand in its text; only names
+    // change; run again, the placeholders are kept, so there is no difference to tell.
+    void redactedBundles_data()
     {
         QTest::addColumn<QString>("host");
         QTest::addColumn<QString>("user");
+        QTest::newRow("this bench")
+            << QString::fromLatin1(hostName) << QFileInfo(QDir::homePath()).fileName();
         QTest::newRow("debian, local") << u"debian"_s << u"local"_s;
         QTest::newRow("mono, sans") << u"mono"_s << u"sans"_s;
         QTest::newRow("home, data") << u"home"_s << u"data"_s;
         QTest::newRow("system, linux") << u"system"_s << u"linux"_s;
     }
 
-    void redactionReplacesOnlyWhatIdentifies()
+    void redactedBundles()
     {
         QFETCH(QString, host);
         QFETCH(QString, user);
-        const QString home = m_files.filePath(u"home/"_s + user);
-        // Preferences list a home path; no data folder puts "Application Data" in the errors.
-        QVERIFY(QDir(home).removeRecursively()
-                && putFile(home + u"/.config/Kelvanmoor/Corvanta.ini"_s, "[General]\n"));
+        const bool bench = host == QString::fromLatin1(hostName);
+        // On this bench the product as a user has it; else preferences list a home path, and no
+        // data folder puts "Application Data" in the errors.
+        const QString home = bench ? QDir::homePath() : m_files.filePath(u"home/"_s + user);
+        QVERIFY(bench
+                    ? m_home.prepare()
+                    : QDir(home).removeRecursively()
+                          && putFile(home + u"/.config/Kelvanmoor/Corvanta.ini"_s, "[General]\n"));
         QVERIFY(putFile(home + u"/.local/share/applications/corvanta.desktop"_s,
                         "[Desktop Entry]\nType=Application\nName=Corvanta\n"
                         "Exec=/opt/Corvanta/Corvanta\nX-AppImage-Version=5.2.0.14\n"));
         QVERIFY(putFile(m_files.filePath(u"passwd"_s),
                         (user + u":x:0:0::"_s + home + u":/bin/sh\n"_s).toUtf8()));
-        // Twice redacted, so the second run meets the placeholders the first one kept.
+        // The folders of this minute are taken, so the report gets a folder of its own beside.
+        const QString parent = home + u"/saved"_s;
+        const QDateTime now = QDateTime::currentDateTimeUtc();
+        for (int second = 0; second < 60; ++second)
+            QVERIFY(QDir().mkpath(parent + '/' + reportFolderName(now.addSecs(second))));
+        // A real display, so the Display page has fields as well. The bundle's files are those its
+        // checksums name, its JSON is in the published schema; a second run meets the placeholders
+        // the first one kept, so there is no difference to tell.
+        const XvfbServer x;
+        QVERIFY2(x.isRunning(), "Xvfb did not start");
         QProcess run;
+        run.setProcessEnvironment(x.environment());
         run.setWorkingDirectory(m_files.path());
-        run.start(u"unshare"_s,
-                  {u"-mu"_s, u"sh"_s, u"-c"_s,
-                   u"hostname \"$1\" && mount --bind passwd /etc/passwd && export HOME=\"$2\" && "
-                   "unset XDG_CONFIG_HOME XDG_DATA_HOME XDG_CACHE_HOME XDG_RUNTIME_DIR && export "
-                   "http_proxy=http://127.0.0.1:9 https_proxy=http://127.0.0.1:9 && "
-                   "\"$0\" --format json > plain.json && "
-                   "\"$0\" --redact --format json > redacted.json 2> redacted.errors && "
-                   "\"$0\" --redact --diff redacted.json"_s,
-                   QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY), host, home});
+        run.start(
+            u"unshare"_s,
+            {u"-mu"_s, u"sh"_s, u"-c"_s,
+             u"hostname \"$1\" && mount --bind passwd /etc/passwd && export HOME=\"$2\" && "
+             "unset XDG_CONFIG_HOME XDG_DATA_HOME XDG_CACHE_HOME XDG_RUNTIME_DIR && export "
+             "http_proxy=http://127.0.0.1:9 https_proxy=http://127.0.0.1:9 && "
+             "\"$0\" --format json > plain.json && \"$0\" --redact --format json --save "
+             "\"$3\" > redacted.json 2> redacted.errors && (cd \"$3\"/*' (2)' && "
+             "sha256sum --check --strict --quiet SHA256SUMS && python3 -c 'import json, "
+             "sys, jsonschema; jsonschema.validate(json.load(open(\"report.json\")), "
+             "json.load(open(sys.argv[1])))' \"$4\") && sed s/qa-bench-7/oldbox/g plain.json > "
+             "renamed.json && { \"$0\" --redact --diff renamed.json; "
+             "\"$0\" --redact --diff renamed.json plain.json; true; } > renamed.diff && "
+             "\"$0\" --redact --diff redacted.json"_s,
+             QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY), host, home, parent,
+             QStringLiteral(CORVANTA_SOURCE_DIR "/app/report.schema.json")});
         QVERIFY(run.waitForFinished(60000));
         QCOMPARE(run.readAllStandardOutput(), QByteArray());
-        QCOMPARE(run.exitCode(), 0);
-        const auto sections = [this](const QString& name) {
-            return QJsonDocument::fromJson(fileBytes(m_files.filePath(name)))[u"sections"_s]
+        QVERIFY2(run.exitCode() == 0, run.readAllStandardError().constData());
+        const QByteArray redactedJson = fileBytes(m_files.filePath(u"redacted.json"_s));
+        const QString errors = QString::fromUtf8(fileBytes(m_files.filePath(u"redacted.errors"_s)));
+        QVERIFY2(errors.contains(u"saved the report in \"~/saved/"_s), qPrintable(errors));
+        // A name only the earlier report gives is hidden too, in both forms of the comparison.
+        const QByteArray renamed = fileBytes(m_files.filePath(u"renamed.diff"_s));
+        QVERIFY2(!renamed.toLower().contains("oldbox")
+                     && (!bench || renamed.count("changed   Host Name: \"host-") == 2),
+                 renamed.constData());
+        const QStringList copies =
+            QDir(parent).entryList({u"* (2)"_s}, QDir::Dirs | QDir::NoDotAndDotDot);
+        QCOMPARE(copies.size(), 1);
+        QCOMPARE(
+            QDir(parent).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(),
+            61);
+        const QDir folder(parent + '/' + copies.first());
+        QCOMPARE(fileBytes(folder.filePath(u"report.json"_s)), redactedJson);
+        const QJsonArray plain =
+            QJsonDocument::fromJson(fileBytes(m_files.filePath(u"plain.json"_s)))[u"sections"_s]
                 .toArray();
-        };
-        const QJsonArray plain = sections(u"plain.json"_s);
-        const QJsonArray redacted = sections(u"redacted.json"_s);
+        const QJsonArray redacted = QJsonDocument::fromJson(redactedJson)[u"sections"_s].toArray();
+        const QString saved = QString::fromUtf8(fileBytes(folder.filePath(u"report.txt"_s)));
+        QCOMPARE(redacted.size(), saved.count(QString(50, '=') + '\n'));
         QCOMPARE(redacted.size(), plain.size());
-
-        // The values that name the machine, and what stands for them.
+        // Labels stay, the home aside; the values that name the machine give what stands for them.
+        const QList<QStringList> before = fieldsOf(plain);
+        const QList<QStringList> after = fieldsOf(redacted);
+        QCOMPARE(after.size(), before.size());
+        QVERIFY(before.size() > 50);
         QMap<QString, QString> swaps;
-        for (qsizetype i = 0; i < plain.size(); ++i) {
-            const QJsonArray before = plain[i][u"fields"_s].toArray();
-            const QJsonArray after = redacted[i][u"fields"_s].toArray();
-            QCOMPARE(after.size(), before.size());
-            QString heading;
-            for (qsizetype j = 0; j < before.size(); ++j) {
-                const QString label = before[j][u"label"_s].toString();
-                if (!label.startsWith(' '))
-                    heading = label;
-                if (!label.contains('\n'))
-                    QCOMPARE(after[j][u"label"_s].toString(), QString(label).replace(home, u"~"_s));
-                static const QStringList named{u"Host Name:"_s, u"User Name:"_s,
-                                               u"MAC Interfaces:"_s, u"Local IP Addresses:"_s};
-                const QString value = before[j][u"value"_s].toString().trimmed();
-                if (named.contains(heading) && !value.isEmpty())
-                    swaps.insert(value, after[j][u"value"_s].toString().trimmed());
-            }
+        QStringList wording; // page names and labels
+        for (qsizetype i = 0; i < before.size(); ++i) {
+            const QString label = before[i][2];
+            if (!label.contains('\n'))
+                QCOMPARE(after[i][0] + after[i][2],
+                         before[i][0] + QString(label).replace(home, u"~"_s));
+            if (namingHeadings.contains(before[i][1]) && !before[i][3].isEmpty())
+                swaps.insert(before[i][3], after[i][3]);
+            const QString word = label.trimmed();
+            if (!label.contains('\n') && !word.startsWith('/') && !word.isEmpty())
+                wording << before[i][0] << (word.endsWith(':') ? word.chopped(1) : word);
         }
         QCOMPARE(swaps.value(host), u"host-1"_s);
         QCOMPARE(swaps.value(user), u"user-1"_s);
+        for (const QString& known : {QString::fromLatin1(hostName), u"10.9.8.7"_s, u"fd00::a1:7"_s,
+                                     u"6f1c2d3e-0000-4000-8000-0123456789ab"_s})
+            QVERIFY2(!bench || swaps.contains(known), qPrintable(known));
         swaps.insert(home, u"~"_s);
 
-        // Labels, page names and the rest stay word for word; free space and the clock move.
-        QStringList wording;
-        for (const QJsonValue& section : plain) {
-            wording << section[u"name"_s].toString();
-            for (const QJsonValue& field : section[u"fields"_s].toArray()) {
-                const QString label = field[u"label"_s].toString().trimmed();
-                if (!label.contains('\n') && !label.startsWith('/') && !label.isEmpty())
-                    wording << (label.endsWith(':') ? label.chopped(1) : label);
-            }
-        }
+        // Wording stays word for word; free space and the clock move.
         std::sort(wording.begin(), wording.end(),
                   [](const QString& a, const QString& b) { return a.size() > b.size(); });
         static const QRegularExpression moving(u"^(FreeSpace|System Time).*$"_s,
@@ -486,9 +389,26 @@ private slots:
                                           QRegularExpression::escape(value)),
                                       QRegularExpression::CaseInsensitiveOption);
         };
-        QString shown;
         for (qsizetype i = 0; i < plain.size(); ++i) {
-            // The operating system's and the fonts' names stay what they are.
+            const QString page = redacted[i][u"text"_s].toString();
+            const QList<QStringList> fields = fieldsOf(QJsonArray{redacted[i]});
+            // Every page that shows anything shows it as fields, in page order: label (at a line's
+            // start or after the field before), value, note.
+            QVERIFY2(!fields.isEmpty() || page.trimmed().isEmpty(), qPrintable(page));
+            QVERIFY(
+                saved.contains('\n' + redacted[i][u"name"_s].toString() + u"\n\n"_s + page + '\n'));
+            qsizetype position = 0;
+            for (const QStringList& field : fields) {
+                const QRegularExpressionMatch match =
+                    QRegularExpression(
+                        u"(?:^ *|\\G)%1 *%2 *$"_s.arg(QRegularExpression::escape(field[2]),
+                                                      QRegularExpression::escape(field[4])),
+                        QRegularExpression::MultilineOption)
+                        .match(page, position);
+                QVERIFY2(match.hasMatch(), qPrintable(field.join('|')));
+                position = match.capturedEnd();
+            }
+            // Only names change; the operating system's and the fonts' names stay what they are.
             const bool fonts = plain[i][u"kind"_s].toInt() == 1;
             QStringList lines = hideWording(plain[i]).split('\n');
             for (QString& line : lines) {
@@ -496,43 +416,37 @@ private slots:
                      it != swaps.cend() && !fonts && !line.startsWith(system); ++it)
                     line.replace(token(it.key()), it.value());
             }
-            const QString text = hideWording(redacted[i]);
-            QCOMPARE(text, lines.join('\n'));
-            if (!fonts)
-                shown += QString(text).remove(QRegularExpression(
-                    u"^"_s + system + u".*$"_s, QRegularExpression::MultilineOption));
+            QCOMPARE(hideWording(redacted[i]), lines.join('\n'));
         }
-        const QByteArray redactedJson = fileBytes(m_files.filePath(u"redacted.json"_s));
         QVERIFY(redactedJson.contains(" - 5.2.0.14")
                 && redactedJson.contains(" ~/.config/Kelvanmoor/Corvanta.ini OK"));
         // Qt's own messages too, such as the runtime folder it names after the user.
-        shown += QString::fromUtf8(fileBytes(m_files.filePath(u"redacted.errors"_s)));
         for (const QString& value : {host, user})
-            QVERIFY2(!shown.contains(token(value)), qPrintable(value));
+            QVERIFY2(!errors.contains(token(value)), qPrintable(value));
+        // Names that are no words are nowhere, in any case, a MAC with colons too; the redactor's
+        // rows prove the other spellings.
+        QString outputs = errors;
+        const QStringList files = folder.entryList(QDir::Files);
+        QCOMPARE(files.size(), 4);
+        for (const QString& name : files)
+            outputs += QString::fromLatin1(fileBytes(folder.filePath(name)));
+        for (auto it = swaps.cbegin(); it != swaps.cend() && bench; ++it) {
+            for (const QString& form : {it.key(), QString(it.key()).replace('-', ':')})
+                QVERIFY2(!outputs.contains(form, Qt::CaseInsensitive), qPrintable(form));
+        }
     }
 
-    // An earlier name stays hidden; then folder, preferences, association and environment.d appear.
+    // Folder, preferences, association and environment.d appear.
     void differencesSinceAnEarlierReport()
     {
         QVERIFY(m_home.prepare());
         QVERIFY(QDir(m_home.dataFolder()).removeRecursively());
         QVERIFY(QFile::remove(m_home.preferences()) && QFile::remove(m_home.userMimeapps()));
         const QString earlier = m_files.filePath(u"earlier.json"_s);
-        const Run saved = report({u"--format"_s, u"json"_s});
-        QCOMPARE(saved.exitCode, 0);
-        QVERIFY(putFile(earlier, saved.output));
-        // A name only the earlier report gives is hidden too, in both forms of the comparison.
-        const QString renamed = m_files.filePath(u"renamed.json"_s);
-        QVERIFY(putFile(renamed, QByteArray(saved.output).replace("qa-bench-7", "oldbox")));
-        for (const QStringList& arguments :
-             {QStringList{u"--redact"_s, u"--diff"_s, renamed},
-              QStringList{u"--redact"_s, u"--diff"_s, renamed, earlier}}) {
-            const Run compared = report(arguments);
-            QCOMPARE(compared.exitCode, 1);
-            QVERIFY2(!compared.output.toLower().contains("oldbox")
-                         && compared.output.contains("changed   Host Name: \"host-"),
-                     compared.output.constData());
-        }
+        QCOMPARE(
+            report({u"--format"_s, u"json"_s}, QProcessEnvironment::systemEnvironment(), earlier)
+                .exitCode,
+            0);
 
         QVERIFY(QDir().mkpath(m_home.dataFolder()));
         QVERIFY(putFile(m_home.preferences(), ProductHome::preferencesText));
@@ -541,7 +455,6 @@ private slots:
                         "QT_AUTO_SCREEN_SCALE_FACTOR=0\n"));
         const Run run = report({u"--diff"_s, earlier});
         QCOMPARE(run.exitCode, 1);
-        const QString home = QDir::homePath();
         QCOMPARE(QString::fromUtf8(run.output),
                  u"Permissions:\n"
                  "  appeared  %1/.config/Kelvanmoor/Corvanta.ini \"OK\"\n"
@@ -550,10 +463,10 @@ private slots:
                  "  changed   Application Data: \"%1/.local/share/Corvanta - Does Not Exist\" -> "
                  "\"%1/.local/share/Corvanta\"\n"
                  "  appeared  File Associations (User): \".cvd\"\n"
-                 "  error gone: Application Data folder not found.\n"_s.arg(home));
+                 "  error gone: Application Data folder not found.\n"_s.arg(QDir::homePath()));
     }
 
-    // The window beats the probe's bound, a copied report waits; beats count in the GUI's own loop.
+    // The window beats the probe's bound, a copied report waits; the refresh never holds the loop.
     void windowAndSystemRefreshLeaveTheGuiThreadFree()
     {
         {
@@ -561,15 +474,14 @@ private slots:
             QElapsedTimer launch;
             launch.start();
             const QString main = x.startMainWindow();
-            QVERIFY2(!main.isEmpty(), "the main window never appeared");
-            QVERIFY2(launch.elapsed() < 8000,
+            QVERIFY2(!main.isEmpty() && launch.elapsed() < 8000,
                      qPrintable(u"the window took %1 ms"_s.arg(launch.elapsed())));
             QTRY_VERIFY2(!m_connections.isEmpty(), "the program never reached the silent server");
             x.keys({u"Right"_s, u"Down"_s, u"Return"_s}, main);
             QString copied;
             QVERIFY(QTest::qWaitFor([&] { return !(copied = x.clipboard()).isEmpty(); }, 20000));
-            QVERIFY2(launch.elapsed() >= 9000, "the report did not wait for the silent network");
-            QVERIFY2(copied.contains(u"\nWinInet:            Error\n"_s)
+            // The report waited for the silent network.
+            QVERIFY2(launch.elapsed() >= 9000 && copied.contains(u"\nWinInet:            Error\n"_s)
                          && !copied.contains(SupportSystemData::checkingText()),
                      qPrintable(copied));
         }
@@ -582,29 +494,26 @@ private slots:
         };
         const qsizetype connectionsBefore = m_connections.size();
 
-        const int ownLevel = QThread::currentThread()->loopLevel();
         QElapsedTimer sinceBeat;
-        qint64 longestGap = 0;
-        QTimer heartbeat;
-        connect(&heartbeat, &QTimer::timeout, this, [&] {
-            if (QThread::currentThread()->loopLevel() == ownLevel)
-                longestGap = std::max(longestGap, sinceBeat.restart());
-        });
-        heartbeat.start(100);
-        sinceBeat.start();
         QElapsedTimer refresh;
+        qint64 longestGap = 0;
+        sinceBeat.start();
         refresh.start();
         QTimer::singleShot(0, &tab, [&] {
             tab.updateContent();
             QVERIFY(page().contains(u"WinInet:            Checking..."_s));
         });
-        // qWaitFor turns the thread's own loop; QSignalSpy::wait would nest one.
-        QVERIFY(QTest::qWaitFor([&] { return !probed.isEmpty(); }, 30000));
+        // Each turn of the thread's own loop is a beat; QSignalSpy::wait would nest a loop.
+        const auto beat = [&] {
+            longestGap = std::max(longestGap, sinceBeat.restart());
+            return !probed.isEmpty();
+        };
+        QVERIFY(QTest::qWaitFor(beat, 30000));
         QVERIFY2(page().contains(u"WinInet:            Error"_s)
                      && !page().contains(SupportSystemData::checkingText()),
                  qPrintable(page()));
-        QVERIFY2(refresh.elapsed() >= 9000, "the probe was not held by the silent server");
-        QVERIFY(m_connections.size() >= connectionsBefore + 2);
+        QVERIFY2(refresh.elapsed() >= 9000 && m_connections.size() >= connectionsBefore + 2,
+                 "the probe was not held by the silent server");
         QVERIFY2(longestGap <= 2000,
                  qPrintable(u"the GUI thread was held for %1 ms"_s.arg(longestGap)));
     }
@@ -617,19 +526,17 @@ private slots:
         const QString resolver = m_files.filePath(u"resolv.conf"_s);
         QVERIFY(putFile(resolver, "nameserver 127.0.0.3\noptions timeout:8 attempts:1\n"));
         // A host name the hosts file does not know, so the report asks the silent name server.
-        QProcess report;
-        report.start(u"unshare"_s, {u"-mu"_s, u"sh"_s, u"-c"_s,
-                                    u"hostname unlisted && mount --bind \"$0\" /etc/resolv.conf && "
-                                    "exec \"$1\""_s,
-                                    resolver, QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY)});
         QElapsedTimer clock;
         clock.start();
-        QVERIFY(report.waitForFinished(60000));
+        QCOMPARE(QProcess::execute(u"unshare"_s,
+                                   {u"-mu"_s, u"sh"_s, u"-c"_s,
+                                    u"hostname unlisted && mount --bind \"$0\" /etc/resolv.conf && "
+                                    "exec \"$1\" > /dev/null"_s,
+                                    resolver, QStringLiteral(CORVANTA_SUPPORT_REPORT_BINARY)}),
+                 0);
         const qint64 took = clock.elapsed();
-        QCOMPARE(report.exitCode(), 0);
         QVERIFY2(nameServer.hasPendingDatagrams(), "the report never asked the name server");
-        QVERIFY2(took >= 9000, "the report did not wait for the silent network");
-        QVERIFY2(took < 14000, qPrintable(u"the report waited %1 ms"_s.arg(took)));
+        QVERIFY2(took >= 9000 && took < 14000, qPrintable(u"the report waited %1 ms"_s.arg(took)));
     }
 };
 
