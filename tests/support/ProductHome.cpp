@@ -7,6 +7,12 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QProcess>
+#include <QSettings>
+#include <QUrl>
+
+#ifdef Q_OS_WIN
+#include <windows.h>
+#endif
 
 using namespace Qt::StringLiterals;
 
@@ -26,12 +32,41 @@ const QByteArray ProductHome::preferencesText =
 const QByteArray ProductHome::repairedPreferences =
     "[General]\nlastCheck=@DateTime()\nname=Ada\xc3\xa9\n";
 
+#ifdef Q_OS_WIN
+namespace {
+
+// The user's classes, where the product's association is set up and removed again.
+QSettings& userClasses()
+{
+    static QSettings key(u"HKEY_CURRENT_USER\\Software\\Classes"_s, QSettings::NativeFormat);
+    return key;
+}
+
+// The Windows path of a Unix path, as Wine maps its drives (winepath -w).
+QString dosPath(const QByteArray& unixPath)
+{
+    using Convert = WCHAR*(CDECL*)(LPCSTR);
+    const auto convert = reinterpret_cast<Convert>(reinterpret_cast<void (*)()>(
+        GetProcAddress(GetModuleHandleW(L"kernel32"), "wine_get_dos_file_name")));
+    WCHAR* path = convert ? convert(unixPath.constData()) : nullptr;
+    const QString dos =
+        path ? QDir::fromNativeSeparators(QString::fromWCharArray(path)) : QString();
+    HeapFree(GetProcessHeap(), 0, path);
+    return dos;
+}
+
+} // namespace
+#endif
+
 ProductHome::ProductHome()
     : m_savedConfigDirs(qgetenv("XDG_CONFIG_DIRS"))
     , m_savedDataDirs(qgetenv("XDG_DATA_DIRS"))
 {
     // The product's preferences are found under the organization's name, as the program sets it.
     QCoreApplication::setOrganizationName(u"Kelvanmoor"_s);
+#ifdef Q_OS_WIN
+    m_valid = m_environment.isValid() && !trashFolder().isEmpty();
+#else
     qputenv("XDG_CONFIG_DIRS", path(u"system-config"_s).toUtf8());
     qputenv("XDG_DATA_DIRS", path(u"system-data"_s).toUtf8());
     // The design types and their extensions, read by every later MIME look-up of this process.
@@ -44,24 +79,41 @@ ProductHome::ProductHome()
     m_valid = m_environment.isValid()
               && putFile(path(u".local/share/mime/packages/corvanta-test.xml"_s), types)
               && QProcess::execute(u"update-mime-database"_s, {path(u".local/share/mime"_s)}) == 0;
+#endif
 }
 
 ProductHome::~ProductHome()
 {
+#ifdef Q_OS_WIN
+    userClasses().remove(u".cvd"_s);
+#endif
     qputenv("XDG_CONFIG_DIRS", m_savedConfigDirs);
     qputenv("XDG_DATA_DIRS", m_savedDataDirs);
 }
 
 bool ProductHome::prepare()
 {
-    for (const QString& folder : {u".local/share/Corvanta"_s, u".local/share/Trash"_s, u".config"_s,
-                                  u".cache"_s, u"system-config"_s, u"system-data"_s})
-        removePermanently(path(folder)); // names that are not UTF-8 included
-    return QDir().mkpath(dataFolder() + u"/temp"_s)
-           && putFile(dataFolder() + u"/userUUID.txt"_s, "6f1c2d3e-0000-4000-8000-0123456789ab")
-           && putFile(dataFolder() + u"/temp/session.tmp"_s, "temporary")
-           && putFile(path(u".cache/Corvanta/plasmids.json"_s), "[]")
-           && putFile(preferences(), preferencesText) && putFile(userMimeapps(), mimeapps);
+    for (const QString& folder :
+         {dataFolder(), trashFolder() + u"/files"_s, trashFolder() + u"/info"_s,
+          QFileInfo(preferences()).absolutePath(), path(u".config"_s), path(u".cache"_s),
+          path(u"system-config"_s), path(u"system-data"_s)})
+        removePermanently(folder); // names that are not UTF-8 included
+    // The trash's folders stay: Wine makes them only once per process.
+    const bool written =
+        QDir().mkpath(trashFolder() + u"/files"_s) && QDir().mkpath(trashFolder() + u"/info"_s)
+        && QDir().mkpath(dataFolder() + u"/temp"_s)
+        && putFile(dataFolder() + u"/userUUID.txt"_s, "6f1c2d3e-0000-4000-8000-0123456789ab")
+        && putFile(dataFolder() + u"/temp/session.tmp"_s, "temporary")
+        && putFile(path(u".cache/Corvanta/plasmids.json"_s), "[]")
+        && putFile(preferences(), preferencesText);
+#ifdef Q_OS_WIN
+    userClasses().remove(u".cvd"_s);
+    userClasses().setValue(u".cvd/Default"_s, u"Corvanta.cvd"_s);
+    userClasses().sync();
+    return written && userClasses().status() == QSettings::NoError;
+#else
+    return written && putFile(userMimeapps(), mimeapps);
+#endif
 }
 
 QMap<QString, QByteArray> treeSnapshot(const QString& folder)
@@ -78,12 +130,37 @@ QMap<QString, QByteArray> treeSnapshot(const QString& folder)
     return tree;
 }
 
+QString trashFolder()
+{
+#ifdef Q_OS_WIN
+    return qEnvironmentVariable("CORVANTA_TEST_TRASH");
+#else
+    return qEnvironmentVariable("XDG_DATA_HOME") + u"/Trash"_s;
+#endif
+}
+
 QString trashList()
 {
+#ifdef Q_OS_WIN
+    // Wine's Recycle Bin keeps freedesktop records, naming Unix paths.
+    QString listed;
+    const QDir info(trashFolder() + u"/info"_s);
+    for (const QString& name : info.entryList({u"*.trashinfo"_s}, QDir::Files)) {
+        const QByteArray record = fileBytes(info.filePath(name));
+        const auto value = [&](const QByteArray& key) {
+            const qsizetype start = record.indexOf('\n' + key + '=') + key.size() + 2;
+            return record.mid(start, record.indexOf('\n', start) - start);
+        };
+        listed += QString::fromUtf8(value("DeletionDate").replace('T', ' ')) + ' '
+                  + dosPath(QByteArray::fromPercentEncoding(value("Path"))) + '\n';
+    }
+    return listed;
+#else
     QProcess list;
     list.start(u"trash-list"_s, {});
     list.waitForFinished(30000);
     return QString::fromUtf8(list.readAllStandardOutput());
+#endif
 }
 
 bool trashRestore(const QString& folder)
