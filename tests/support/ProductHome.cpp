@@ -8,7 +8,6 @@
 #include <QFile>
 #include <QProcess>
 #include <QSettings>
-#include <QUrl>
 
 #ifdef Q_OS_WIN
 #include <windows.h>
@@ -33,29 +32,8 @@ const QByteArray ProductHome::repairedPreferences =
     "[General]\nlastCheck=@DateTime()\nname=Ada\xc3\xa9\n";
 
 #ifdef Q_OS_WIN
-namespace {
-
 // The user's classes, where the product's association is set up and removed again.
-QSettings& userClasses()
-{
-    static QSettings key(u"HKEY_CURRENT_USER\\Software\\Classes"_s, QSettings::NativeFormat);
-    return key;
-}
-
-// The Windows path of a Unix path, as Wine maps its drives (winepath -w).
-QString dosPath(const QByteArray& unixPath)
-{
-    using Convert = WCHAR*(CDECL*)(LPCSTR);
-    const auto convert = reinterpret_cast<Convert>(reinterpret_cast<void (*)()>(
-        GetProcAddress(GetModuleHandleW(L"kernel32"), "wine_get_dos_file_name")));
-    WCHAR* path = convert ? convert(unixPath.constData()) : nullptr;
-    const QString dos =
-        path ? QDir::fromNativeSeparators(QString::fromWCharArray(path)) : QString();
-    HeapFree(GetProcessHeap(), 0, path);
-    return dos;
-}
-
-} // namespace
+const QString userClasses = u"HKEY_CURRENT_USER\\Software\\Classes"_s;
 #endif
 
 ProductHome::ProductHome()
@@ -85,7 +63,7 @@ ProductHome::ProductHome()
 ProductHome::~ProductHome()
 {
 #ifdef Q_OS_WIN
-    userClasses().remove(u".cvd"_s);
+    QSettings(userClasses, QSettings::NativeFormat).remove(u".cvd"_s);
 #endif
     qputenv("XDG_CONFIG_DIRS", m_savedConfigDirs);
     qputenv("XDG_DATA_DIRS", m_savedDataDirs);
@@ -107,10 +85,9 @@ bool ProductHome::prepare()
         && putFile(path(u".cache/Corvanta/plasmids.json"_s), "[]")
         && putFile(preferences(), preferencesText);
 #ifdef Q_OS_WIN
-    userClasses().remove(u".cvd"_s);
-    userClasses().setValue(u".cvd/Default"_s, u"Corvanta.cvd"_s);
-    userClasses().sync();
-    return written && userClasses().status() == QSettings::NoError;
+    QSettings classes(userClasses, QSettings::NativeFormat);
+    classes.setValue(u".cvd/Default"_s, u"Corvanta.cvd"_s);
+    return written && classes.status() == QSettings::NoError;
 #else
     return written && putFile(userMimeapps(), mimeapps);
 #endif
@@ -142,17 +119,19 @@ QString trashFolder()
 QString trashList()
 {
 #ifdef Q_OS_WIN
-    // Wine's Recycle Bin keeps freedesktop records, naming Unix paths.
+    // Wine's Recycle Bin keeps freedesktop records of Unix paths, which Wine names as Windows does.
+    using DosName = WCHAR*(CDECL*)(LPCSTR);
+    const auto dosName = reinterpret_cast<DosName>(reinterpret_cast<void (*)()>(
+        GetProcAddress(GetModuleHandleW(L"kernel32"), "wine_get_dos_file_name")));
     QString listed;
-    const QDir info(trashFolder() + u"/info"_s);
-    for (const QString& name : info.entryList({u"*.trashinfo"_s}, QDir::Files)) {
-        const QByteArray record = fileBytes(info.filePath(name));
-        const auto value = [&](const QByteArray& key) {
-            const qsizetype start = record.indexOf('\n' + key + '=') + key.size() + 2;
-            return record.mid(start, record.indexOf('\n', start) - start);
-        };
-        listed += QString::fromUtf8(value("DeletionDate").replace('T', ' ')) + ' '
-                  + dosPath(QByteArray::fromPercentEncoding(value("Path"))) + '\n';
+    for (const QFileInfo& info : QDir(trashFolder() + u"/info"_s).entryInfoList(QDir::Files)) {
+        QMap<QByteArray, QByteArray> record;
+        for (const QByteArray& line : fileBytes(info.filePath()).split('\n'))
+            record.insert(line.left(line.indexOf('=')), line.mid(line.indexOf('=') + 1));
+        WCHAR* path = dosName(QByteArray::fromPercentEncoding(record.value("Path")));
+        listed += QString::fromUtf8(record.value("DeletionDate").replace('T', ' ')) + ' '
+                  + QDir::fromNativeSeparators(QString::fromWCharArray(path)) + '\n';
+        HeapFree(GetProcessHeap(), 0, path);
     }
     return listed;
 #else
