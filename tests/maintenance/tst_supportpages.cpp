@@ -3,9 +3,11 @@
 #include "FileNames.h"
 #include "MessageLog.h"
 #include "PageLinesView.h"
+#include "PrivateNamespace.h"
 #include "ProductHome.h"
 #include "RegistryTools.h"
 #include "ReportFragments.h"
+#include "RunAsNobody.h"
 #include "SettingsRepair.h"
 #include "SupportCorvantaData.h"
 #include "SupportCorvantaTab.h"
@@ -26,24 +28,22 @@
 #include <QRegularExpression>
 #include <QScopeGuard>
 #include <QScrollArea>
+#include <QSettings>
 #include <QSignalSpy>
 #include <QTest>
 #include <QThread>
 #include <QTimer>
 
-#ifdef Q_OS_WIN
-#include <QSettings>
-constexpr bool windows = true;
-// A read-only attribute denies the owner as well.
-#define RUN_AS_NOBODY_WHEN_ROOT()
-#else
-#include "PrivateNamespace.h"
-#include "RunAsNobody.h"
-
 #include <fcntl.h>
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#ifdef Q_OS_WIN
+constexpr bool windows = true;
+#undef RUN_AS_NOBODY_WHEN_ROOT // A read-only attribute denies the owner as well.
+#define RUN_AS_NOBODY_WHEN_ROOT()
+#else
+#include <sys/mount.h>
 constexpr bool windows = false;
 #endif
 
@@ -55,6 +55,32 @@ QStringList logged(const MessageLog& log)
 {
     static const QRegularExpression pattern(u"^(Failed to|Unsupported link clicked)"_s);
     return log.messages().filter(pattern);
+}
+
+// Answers each modal dialog as it shows and notes it in seen: a box as "title|text", by Yes when
+// yes is "Yes", else by No or its one button; a file dialog by its title, a folder's cancelled,
+// a file's given the path, typed in and accepted once the dialog has taken it in.
+void answerDialogs(QTimer& timer, QStringList& seen, const QString& yes, const QString& path)
+{
+    QObject::connect(&timer, &QTimer::timeout, [&seen, yes, path] {
+        if (auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
+            if (!seen.contains(dialog->windowTitle()))
+                seen << dialog->windowTitle();
+            if (dialog->fileMode() == QFileDialog::Directory)
+                dialog->reject();
+            else if (dialog->selectedFiles() == QStringList{path})
+                static_cast<QDialog*>(dialog)->accept();
+            else
+                dialog->findChild<QLineEdit*>(u"fileNameEdit"_s)->setText(path);
+        } else if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            seen << box->windowTitle() + '|' + box->text();
+            QAbstractButton* button = box->button(QMessageBox::Yes);
+            (button ? box->button(yes == u"Yes"_s ? QMessageBox::Yes : QMessageBox::No)
+                    : box->buttons().first())
+                ->click();
+        }
+    });
+    timer.start(20);
 }
 
 // The page's push button with that text, or null.
@@ -276,17 +302,7 @@ private slots:
 
         QStringList seen;
         QTimer answerer;
-        connect(&answerer, &QTimer::timeout, [&] {
-            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            if (!box)
-                return;
-            seen << box->windowTitle() + '|' + box->text();
-            QAbstractButton* yes = box->button(QMessageBox::Yes);
-            (yes ? (answer == u"Yes"_s ? yes : box->button(QMessageBox::No))
-                 : box->buttons().first())
-                ->click();
-        });
-        answerer.start(20);
+        answerDialogs(answerer, seen, answer, {});
         if (action.startsWith('#')) {
             const QString link = QString(action).replace(u"DATA"_s, folder);
             (link.startsWith(u"#deletePath"_s) ? permissionsPage : corvantaPage)
@@ -440,10 +456,6 @@ private slots:
     void walk()
     {
         RUN_AS_NOBODY_WHEN_ROOT();
-        const auto unlock = qScopeGuard([&] {
-            QFile::setPermissions(data(u"locked"_s),
-                                  QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        });
         const QString markup = windows ? u"it's &amp; 100%.txt"_s : u"it's <a> & \"b\" 100%.txt"_s;
         QStringList lines{"a.txt Not Writable", markup + " OK", "temp OK", "temp/session.tmp OK",
                           "userUUID.txt OK"};
@@ -452,7 +464,7 @@ private slots:
                 && QFile::link(home(u"outside"_s), data(u"link"_s))
                 && QFile::link(m_home.dataFolder(), data(u"loop"_s))
                 && QFile::link(home(u"nothing"_s), data(u"dangling"_s))
-                && putFile(data(u"locked/inside.txt"_s), "i")
+                && QDir().mkpath(data(u"locked"_s)) // empty: nobody can still remove it
                 && QFile::setPermissions(data(u"locked"_s), {}));
         lines << u"dangling Link"_s << u"link OK"_s << u"locked Not Writable"_s << u"loop OK"_s;
 #endif
@@ -575,28 +587,11 @@ private slots:
         page.updateContent();
         QVERIFY(QFile::setPermissions(m_home.preferences(),
                                       QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup));
-        QString path; // empty: cancel
+        const QString path = m_home.preferences();
         QStringList seen;
-        QTimer answer;
-        // The path is typed into the file dialog, which is accepted once it has taken it in.
-        connect(&answer, &QTimer::timeout, [&] {
-            if (auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
-                if (!seen.contains(dialog->windowTitle()))
-                    seen << dialog->windowTitle();
-                if (path.isEmpty())
-                    dialog->reject();
-                else if (dialog->selectedFiles() == QStringList{path})
-                    static_cast<QDialog*>(dialog)->accept();
-                else
-                    dialog->findChild<QLineEdit*>(u"fileNameEdit"_s)->setText(path);
-            } else if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-                seen << box->windowTitle() + '|' + box->text();
-                box->accept();
-            }
-        });
-        answer.start(50);
+        QTimer answerer;
+        answerDialogs(answerer, seen, {}, path);
         button(&page, u"Check Folder"_s)->click();
-        path = m_home.preferences();
         button(&page, u"Check File"_s)->click();
         QCOMPARE(seen,
                  (QStringList{u"Choose Folder"_s, u"Choose File"_s,

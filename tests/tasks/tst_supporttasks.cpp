@@ -1,4 +1,5 @@
 #include "RecordingData.h"
+#include "RunAsNobody.h"
 #include "SupportBenchmarkFileIoTask.h"
 #include "SupportLoader.h"
 #include "SupportTaskManager.h"
@@ -18,11 +19,7 @@
 
 #include <functional>
 
-#ifndef Q_OS_WIN
-#include "RunAsNobody.h"
-
 #include <unistd.h>
-#endif
 
 using namespace Qt::StringLiterals;
 
