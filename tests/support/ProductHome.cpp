@@ -43,7 +43,7 @@ ProductHome::ProductHome()
     // The product's preferences are found under the organization's name, as the program sets it.
     QCoreApplication::setOrganizationName(u"Kelvanmoor"_s);
 #ifdef Q_OS_WIN
-    m_valid = m_environment.isValid() && !trashFolder().isEmpty();
+    m_valid = m_environment.isValid();
 #else
     qputenv("XDG_CONFIG_DIRS", path(u"system-config"_s).toUtf8());
     qputenv("XDG_DATA_DIRS", path(u"system-data"_s).toUtf8());
@@ -109,11 +109,9 @@ QMap<QString, QByteArray> treeSnapshot(const QString& folder)
 
 QString trashFolder()
 {
-#ifdef Q_OS_WIN
-    return qEnvironmentVariable("CORVANTA_TEST_TRASH");
-#else
-    return qEnvironmentVariable("XDG_DATA_HOME") + u"/Trash"_s;
-#endif
+    // Under Wine the Recycle Bin is the trash of the Unix home that Wine was started in.
+    return qEnvironmentVariable("CORVANTA_TEST_TRASH",
+                                qEnvironmentVariable("XDG_DATA_HOME") + u"/Trash"_s);
 }
 
 QString trashList()
