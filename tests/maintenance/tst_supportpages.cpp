@@ -68,9 +68,9 @@ void answerDialogs(QTimer& timer, QStringList& seen, const QString& yes, const Q
                 dialog->findChild<QLineEdit*>(u"fileNameEdit"_s)->setText(path);
         } else if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
             seen << box->windowTitle() + '|' + box->text();
-            QAbstractButton* button = box->button(QMessageBox::Yes);
-            (button ? box->button(yes == u"Yes"_s ? QMessageBox::Yes : QMessageBox::No)
-                    : box->buttons().first())
+            (box->button(QMessageBox::Yes)
+                 ? box->button(yes == u"Yes"_s ? QMessageBox::Yes : QMessageBox::No)
+                 : box->buttons().first())
                 ->click();
         }
     });
