@@ -1,11 +1,13 @@
 #pragma once
 
+#include "BaseSettings.h"
 #include "TestEnvironment.h"
 
 #include <QMap>
 
 // A private home with the product set up as a user has it: data folder, identifier, preferences,
-// cache and its design type's association; the machine's association folders are private too.
+// cache and its design type's association (on Windows in the user's registry, which the home's
+// end removes again); the machine's association folders are private too.
 // One home serves a whole test executable; prepare() puts its files back between tests.
 class ProductHome
 {
@@ -16,7 +18,7 @@ public:
     bool isValid() const { return m_valid; }
     QString path(const QString& relative) const { return m_environment.path(relative); }
     QString dataFolder() const { return path(QStringLiteral(".local/share/Corvanta")); }
-    QString preferences() const { return path(QStringLiteral(".config/Kelvanmoor/Corvanta.ini")); }
+    QString preferences() const { return BaseSettings::fileName(QStringLiteral("Corvanta")); }
     QString userMimeapps() const { return path(QStringLiteral(".config/mimeapps.list")); }
 
     // Empties the home, trash included, and writes the product's files again.
@@ -37,6 +39,8 @@ private:
 // Every entry below the folder, links not followed: files with their bytes, folders as "<dir>",
 // links as "-> target".
 QMap<QString, QByteArray> treeSnapshot(const QString& folder);
+// The trash's folder, with files/ and info/.
+QString trashFolder();
 // What trash-list shows, one "date time path" line per item.
 QString trashList();
 // Answers trash-restore's question for the one item trashed from the folder.

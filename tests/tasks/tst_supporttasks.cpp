@@ -240,7 +240,9 @@ private slots:
                                      : u"1000 Errors: 1000 of 1000 failed||"_s);
         }
         QTest::newRow("cancel during copy") << false << u"Copying 1000 files..."_s << cancelled;
+#ifndef Q_OS_WIN // Windows' read-only folders take new files.
         QTest::newRow("read-only folder") << true << QString() << readOnly;
+#endif
     }
 
     // The ticker sees the dialog at every progress step.
@@ -248,9 +250,11 @@ private slots:
     {
         QFETCH(bool, readOnly);
         QFETCH(QString, cancelAt);
+#ifndef Q_OS_WIN
         if (readOnly) {
             RUN_AS_NOBODY_WHEN_ROOT();
         }
+#endif
         const QString location = m_environment.path(QTest::currentDataTag());
         QVERIFY(QDir().mkpath(location));
         if (readOnly)
