@@ -269,8 +269,12 @@ bool moveToRecycleBin(const QString& path, QString* errorText)
     QString reason;
     for (int attempt = 0; attempt < recycleBinTries; ++attempt) {
         int status = 0;
-        if (FileDirPlatform::moveToRecycleBin(native, status, reason))
-            return true;
+        if (FileDirPlatform::moveToRecycleBin(native, status, reason)) {
+            // A trash that answers yes but leaves the item (an aborted operation) did not take it.
+            if (!entryExists(path))
+                return true;
+            reason = QCoreApplication::translate("FileDirTools", "It was left in its place.");
+        }
         qDebug().noquote() << QStringLiteral("Failed to put into Recycle Bin: %1 (status=%2)")
                                   .arg(native, QString::number(status));
         if (reason.isEmpty())

@@ -126,6 +126,10 @@
         <source>The desktop&apos;s trash (GIO) is missing.</source>
         <translation>Der Papierkorb der Arbeitsumgebung (GIO) fehlt.</translation>
     </message>
+    <message>
+        <source>It was left in its place.</source>
+        <translation>Es wurde an seinem Platz gelassen.</translation>
+    </message>
 </context>
 <context>
     <name>NetworkTools</name>

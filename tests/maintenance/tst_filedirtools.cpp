@@ -65,6 +65,9 @@ private slots:
         QTest::newRow("258 characters") << name << QString();
         QTest::newRow("259 characters")
             << name + 'n' << u"The path is longer than 258 characters."_s;
+        // Wine makes its trash's folders once a process; without them it says yes and keeps the
+        // item.
+        QTest::newRow("trash folders gone") << u"kept.txt"_s << u"It was left in its place."_s;
 #else
         QTest::newRow("238 bytes, no trash yet")
             << oddName + QString(238 - int(oddName.toUtf8().size()), 'n') << QString();
@@ -86,6 +89,8 @@ private slots:
         QString home = m_environment.home();
 #ifdef Q_OS_WIN
         const QString trash = qEnvironmentVariable("CORVANTA_TEST_TRASH");
+        QVERIFY(QTest::currentDataTag() != u"trash folders gone"_s
+                || QDir(trash).removeRecursively());
 #else // a process per row, as GLib reads the home once
         const QString tiny = tinyFileSystem();
         if (tiny.isEmpty()) {
@@ -137,7 +142,8 @@ private slots:
                      qPrintable(error));
             const QString tried =
                 "Failed to put into Recycle Bin: " + QDir::toNativeSeparators(item) + " (status=";
-            QCOMPARE(log.messages().filter(tried).size(), windows ? 0 : 10);
+            QCOMPARE(log.messages().filter(tried).size(),
+                     reason.startsWith(u"The path"_s) ? 0 : 10);
             QVERIFY(QFileInfo::exists(item));
         }
     }
