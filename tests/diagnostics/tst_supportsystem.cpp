@@ -29,11 +29,7 @@ const QString listing = u"\r\n\r\nDeviceID     : C:\r\nSize         : 238.5 GB\r
 const QString probePath = u"/myip.php"_s;
 // Windows' probe asks for TLS, which the plain loopback server does not speak; the Win32 suite
 // probes a TLS server.
-#ifdef Q_OS_WIN
-const QString probed = u"Error"_s;
-#else
-const QString probed = u"OK"_s;
-#endif
+const QString probed = windows ? u"Error"_s : u"OK"_s;
 
 // wmic's adapter records, each type|description|address.
 const QString adapterListing = [] {

@@ -23,11 +23,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-#ifdef Q_OS_WIN
-constexpr bool windows = true;
-#else
-constexpr bool windows = false;
-#endif
 // Windows takes no '"' in a name, and putFile() hands its C runtime 8-bit names.
 const QString oddName =
     windows ? u"it's a 'quoted' name.txt"_s : u"it's a \"quoted\" Grüße Ωmega.txt"_s;

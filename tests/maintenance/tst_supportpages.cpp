@@ -38,13 +38,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#ifdef Q_OS_WIN
-constexpr bool windows = true;
-#undef RUN_AS_NOBODY_WHEN_ROOT // A read-only attribute denies the owner as well.
-#define RUN_AS_NOBODY_WHEN_ROOT()
-#else
+#ifndef Q_OS_WIN
 #include <sys/mount.h>
-constexpr bool windows = false;
 #endif
 
 using namespace Qt::StringLiterals;

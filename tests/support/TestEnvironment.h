@@ -22,6 +22,13 @@ private:
     QStringList m_savedFolders; // Windows' folders of the user
 };
 
+// For expectations that differ by system.
+#ifdef Q_OS_WIN
+constexpr bool windows = true;
+#else
+constexpr bool windows = false;
+#endif
+
 // Writes the bytes, creating missing folders first.
 bool putFile(const QString& path, const QByteArray& bytes);
 // The file's bytes, or "<unreadable>".
