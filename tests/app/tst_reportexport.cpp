@@ -143,11 +143,10 @@ private slots:
         QCOMPARE(next, parent + "/Corvanta Support Report 2024-03-20T151208Z");
         const QImage saved(next + "/report.png");
         QCOMPARE(saved.size(), QSize(120, 70));
-        QCOMPARE(saved.pixelColor(29, 19), QColor(Qt::red));
-        QCOMPARE(saved.pixelColor(30, 0).alpha(), 0);
-        QCOMPARE(saved.pixelColor(119, 59), QColor(Qt::green));
-        QCOMPARE(saved.pixelColor(0, 60), QColor(Qt::blue));
-        QCOMPARE(saved.pixelColor(50, 69).alpha(), 0);
+        QCOMPARE((QList<QColor>{saved.pixelColor(29, 19), saved.pixelColor(119, 59),
+                                saved.pixelColor(0, 60)}),
+                 (QList<QColor>{Qt::red, Qt::green, Qt::blue}));
+        QCOMPARE(saved.pixelColor(30, 0).alpha() + saved.pixelColor(50, 69).alpha(), 0);
 
         // The status bar says what was written or why not; below a plain file even root fails.
         QVERIFY(putFile(home.path(u"file"_s), "x"));
@@ -166,9 +165,8 @@ private slots:
     {
         const QString report = u"/home/a&b/#1\nbody=x&subject=y\n1+1 %41 100%\nGrüße\r\nΩ"_s;
         const QUrl url(QString::fromLatin1(emailUrl(report).toEncoded()), QUrl::StrictMode);
-        QVERIFY(url.isValid());
         const QUrlQuery query(url);
-        QCOMPARE(query.queryItems().size(), 2);
+        QVERIFY(url.isValid() && query.queryItems().size() == 2);
         QCOMPARE(query.queryItemValue(u"subject"_s, QUrl::FullyDecoded),
                  u"Corvanta Support Report"_s);
         QCOMPARE(query.queryItemValue(u"body"_s, QUrl::FullyDecoded), report);

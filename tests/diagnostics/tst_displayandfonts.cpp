@@ -132,8 +132,7 @@ private slots:
         tab.updateContent();
         tab.show();
         QVERIFY(QTest::qWaitForWindowExposed(&tab));
-        QPushButton* apply = nullptr;
-        QPushButton* remove = nullptr;
+        QPushButton *apply = nullptr, *remove = nullptr;
         for (QPushButton* button : tab.findChildren<QPushButton*>())
             (button->text() == u"Apply DPI Workaround"_s ? apply : remove) = button;
         QVERIFY(apply && apply->isEnabled() && remove && !remove->isEnabled());

@@ -67,15 +67,13 @@ private slots:
             QThread::create([&fromThread] { fromThread = SystemProfile::instance(); }));
         thread->start();
         const QSharedPointer<SystemProfile> fromHere = SystemProfile::instance();
-        QVERIFY(thread->wait(60000));
-        QVERIFY(fromHere);
+        QVERIFY(thread->wait(60000) && fromHere);
         QCOMPARE(fromThread, fromHere);
         const SystemProfile& profile = *fromHere;
         QVERIFY(profile.cpuSpeed().endsWith(u" Ghz"_s));
         QVERIFY(profile.cpuThreads() >= 1 && profile.ramGB() >= 1);
 #ifdef Q_OS_WIN // Read through WMI.
-        QVERIFY(profile.osName().startsWith(u"Windows "_s));
-        QVERIFY(profile.is64Bit());
+        QVERIFY(profile.osName().startsWith(u"Windows "_s) && profile.is64Bit());
         QCOMPARE(profile.hostName(), qEnvironmentVariable("COMPUTERNAME"));
 #else
         QVERIFY(profile.osName().startsWith(u"Linux "_s));
@@ -155,20 +153,17 @@ private slots:
         const QString memory = m_environment.path(u"memory"_s);
         QCOMPARE(SystemProfilePlatform::onlineMemoryBytes(memory), quint64(0));
         QVERIFY(putFile(memory + u"/block_size_bytes"_s, "8000000\n"));
-        for (const auto& [block, online] : {std::pair{"memory0", "1\n"},
-                                            {"memory7", "0\n"},
-                                            { "memory12",
-                                              "1\n" }})
-            QVERIFY(putFile(memory + '/' + block + u"/online"_s, online));
+        for (const QString block : {"memory0 1", "memory7 0", "memory12 1"})
+            QVERIFY(putFile(memory + '/' + block.section(' ', 0, 0) + u"/online"_s,
+                            block.section(' ', 1).toLatin1() + '\n'));
         QCOMPARE(SystemProfilePlatform::onlineMemoryBytes(memory), quint64(2 * 0x8000000));
 
         const QString net = m_environment.path(u"net"_s);
-        for (const auto& [name, address] : {std::pair{"eth0", "3c:7c:3f:11:22:33\n"},
-                                            {"eth1", "00:50:56:c0:00:08\n"},
-                                            { "vbox",
-                                              "0c:81:12:00:00:01\n" }}) {
-            QVERIFY(putFile(net + '/' + name + u"/address"_s, address));
-            QVERIFY(QFile::link(u"/sys/devices/system/cpu"_s, net + '/' + name + u"/device"_s));
+        for (const QString adapter :
+             {"eth0 3c:7c:3f:11:22:33", "eth1 00:50:56:c0:00:08", "vbox 0c:81:12:00:00:01"}) {
+            const QString folder = net + '/' + adapter.section(' ', 0, 0);
+            QVERIFY(putFile(folder + u"/address"_s, adapter.section(' ', 1).toLatin1() + '\n'));
+            QVERIFY(QFile::link(u"/sys/devices/system/cpu"_s, folder + u"/device"_s));
         }
         // Without a device behind it, as loopback and veth.
         QVERIFY(putFile(net + u"/veth/address"_s, "3c:7c:3f:11:22:44\n"));
@@ -283,8 +278,7 @@ private slots:
         QTest::qWait(300);
 
         const QString page = tab.findChild<QLabel*>()->text();
-        QVERIFY2(page.contains(shown), qPrintable(page));
-        QVERIFY(!page.contains(u"SSL Errors:"_s));
+        QVERIFY2(page.contains(shown) && !page.contains(u"SSL Errors:"_s), qPrintable(page));
         QCOMPARE(replies.size(), addressBodies.size());
         const qsizetype answered = probed == u"OK"_s ? addressBodies.size() : 0;
         QCOMPARE(server.requests.size(), addressBodies.size() + answered);

@@ -174,8 +174,9 @@ private slots:
         QVERIFY(QTest::currentDataTag() != u"read-only source"_s
                 || QFile::setPermissions(source, QFile::ReadOwner));
         QString error;
-        QVERIFY(::copyFile(source, destination, keepTimes && destination != source, &error));
-        QVERIFY(error.isEmpty());
+        QVERIFY2(::copyFile(source, destination, keepTimes && destination != source, &error)
+                     && error.isEmpty(),
+                 qPrintable(error));
         QCOMPARE(fileBytes(destination), QByteArray("copy me"));
         QCOMPARE(fileBytes(source), QByteArray("copy me"));
         // CopyFileExW keeps the modification time itself.
@@ -211,8 +212,7 @@ private slots:
         QVERIFY(putFile(source, "new") && putFile(destination, "old"));
         QVERIFY(QFile::setPermissions(source, QFile::ReadOwner));
         QString error;
-        QVERIFY(::moveFile(source, destination, &error));
-        QVERIFY(!QFileInfo::exists(source));
+        QVERIFY(::moveFile(source, destination, &error) && !QFileInfo::exists(source));
         QCOMPARE(fileBytes(destination), QByteArray("new"));
 
         // A missing source fails at once, without retries.
@@ -225,15 +225,13 @@ private slots:
         error.clear();
         QVERIFY(::moveFile(destination, tiny + u"/moved"_s, &error));
         QCOMPARE(fileBytes(tiny + u"/moved"_s), QByteArray("new"));
-        QVERIFY(!QFileInfo::exists(destination) && error.isEmpty());
-        QVERIFY(log.messages().isEmpty());
+        QVERIFY(!QFileInfo::exists(destination) && error.isEmpty() && log.messages().isEmpty());
         QVERIFY(!::moveFile(u"/proc/self/mem"_s, path(u"memory.bin"_s), &error));
         QCOMPARE(error, u"Could not rename file."_s);
         QCOMPARE(log.messages().last(), u"Could not read input file. Input/output error"_s);
         // A copy that runs out of space keeps the source whole.
         const QByteArray bytes(64 * 1024, 'x');
-        QVERIFY(putFile(source, bytes));
-        QVERIFY(!::moveFile(source, tiny + u"/big"_s, &error));
+        QVERIFY(putFile(source, bytes) && !::moveFile(source, tiny + u"/big"_s, &error));
         QCOMPARE(error, u"Could not rename file."_s);
         QCOMPARE(fileBytes(source), bytes);
 #endif
@@ -250,8 +248,8 @@ private slots:
         QVERIFY(QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner
                                                   | QFile::ReadOther));
 #ifndef Q_OS_WIN // links on Windows need a privilege
-        QVERIFY(QFile::link(target, path(u"link"_s)) && ::removeFile(path(u"link"_s)));
-        QVERIFY(!QFileInfo(path(u"link"_s)).isSymbolicLink());
+        QVERIFY(QFile::link(target, path(u"link"_s)) && ::removeFile(path(u"link"_s))
+                && !QFileInfo(path(u"link"_s)).isSymbolicLink());
 #endif
         QCOMPARE(::permissionsText(target, true) + ' ' + ::permissionsText(folder, true),
                  windows ? u"-r--r--r-- drwxrwxrwx"_s : u"-r-------- drwx---r--"_s);

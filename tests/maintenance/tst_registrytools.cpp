@@ -44,11 +44,10 @@ QStringList sorted(QStringList list)
 QStringList texts(const QList<UninstallEntry>& entries)
 {
     QStringList texts;
-    for (const UninstallEntry& entry : entries) {
+    for (const UninstallEntry& entry : entries)
         texts << QStringList{entry.DisplayName, entry.DisplayIcon, entry.InstallLocation,
                              entry.DisplayVersion}
                      .join('|');
-    }
     return texts;
 }
 
@@ -184,18 +183,17 @@ private slots:
         QFETCH(QStringList, defaults);
         if (after.isEmpty())
             after = text;
-        for (const char* id : {"Corvanta", "CorvantaViewer", "org.other"}) {
+        for (const char* id : {"Corvanta", "CorvantaViewer", "org.other"})
             QVERIFY(putFile(data(u"applications/%1.desktop"_s.arg(id)),
                             "[Desktop Entry]\nType=Application\nName=" + QByteArray(id)
                                 + "\nExec=true %f\n"));
-        }
         const QString path = config(u"mimeapps.list"_s);
         QVERIFY(putFile(path, text));
         QCOMPARE(desktopDefaults(), defaults.mid(0, 2));
         QCOMPARE(sorted(productAssociations(product, false)), listed);
         QVERIFY(productAssociations(product, true).isEmpty());
-        QVERIFY(!removeProductAssociation(u".cvo"_s, product, false));
-        QVERIFY(!removeProductAssociation(u".nosuch"_s, product, false));
+        QVERIFY(!removeProductAssociation(u".cvo"_s, product, false)
+                && !removeProductAssociation(u".nosuch"_s, product, false));
         QCOMPARE(fileBytes(path), text);
         for (const QString& extension : listed)
             removeProductAssociation(extension, product, false);
@@ -214,15 +212,13 @@ private slots:
             return key(
                 u"HKEY_%1\\Software\\Classes"_s.arg(machine ? "LOCAL_MACHINE" : "CURRENT_USER"));
         };
-        for (const bool machine : {false, true}) {
+        for (const bool machine : {false, true})
             for (const QString id : {"Corvanta.cvd", "Other.cvo", "CorvantaViewer.cvv"})
                 classes(machine)->setValue('.' + id.section('.', 1) + "/.", id);
-        }
         const auto cleanUp = qScopeGuard([&] {
-            for (const bool machine : {false, true}) {
+            for (const bool machine : {false, true})
                 for (const QString extension : {".cvd", ".cvo", ".cvv"})
                     classes(machine)->remove(extension);
-            }
         });
         const QStringList ours{u".cvd"_s};
 #else
@@ -276,10 +272,9 @@ private slots:
             {list.arg(QString()), "Corvanta 64", "C:\\Corvanta\\Corvanta.exe"},
         };
         const QStringList names{"DisplayName", "DisplayIcon", "InstallLocation", "DisplayVersion"};
-        for (const QStringList& entry : entries) {
+        for (const QStringList& entry : entries)
             for (qsizetype i = 1; i < entry.size(); ++i)
                 key(entry[0] + "\\Corvanta test " + entry[1])->setValue(names[i - 1], entry[i]);
-        }
         const auto cleanUp = qScopeGuard([&] {
             for (const QStringList& entry : entries)
                 key(entry[0])->remove("Corvanta test " + entry[1]);
