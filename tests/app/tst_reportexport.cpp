@@ -56,13 +56,6 @@ Render page(const QStringList& items, const QString& pathNote, const QString& ex
     };
 }
 
-QImage filled(int width, int height, const QColor& colour)
-{
-    QImage image(width, height, QImage::Format_ARGB32);
-    image.fill(colour);
-    return image;
-}
-
 } // namespace
 
 // The report: its fragments, text, folder, picture, e-mail and the report as data.
@@ -136,16 +129,18 @@ private slots:
         QCOMPARE(reportFolderName(first.toOffsetFromUtc(3600)),
                  u"Corvanta Support Report 2024-03-20T151207Z"_s);
 
-        RecordingData::in(table, 0)->fakeImage = filled(30, 20, Qt::red);
-        RecordingData::in(table, 1)->fakeImage = filled(120, 40, Qt::green);
-        RecordingData::in(table, 2)->fakeImage = filled(50, 10, Qt::blue);
+        const QList<QColor> colours{Qt::red, Qt::green, Qt::blue};
+        for (const auto& [kind, size] :
+             {std::pair{0, QSize(30, 20)}, {1, {120, 40}}, {2, {50, 10}}})
+            (RecordingData::in(table, kind)->fakeImage = QImage(size, QImage::Format_ARGB32))
+                .fill(colours[kind]);
         const QString next = saveReportTo(*table, parent, first.addSecs(1));
         QCOMPARE(next, parent + "/Corvanta Support Report 2024-03-20T151208Z");
         const QImage saved(next + "/report.png");
         QCOMPARE(saved.size(), QSize(120, 70));
         QCOMPARE((QList<QColor>{saved.pixelColor(29, 19), saved.pixelColor(119, 59),
                                 saved.pixelColor(0, 60)}),
-                 (QList<QColor>{Qt::red, Qt::green, Qt::blue}));
+                 colours);
         QCOMPARE(saved.pixelColor(30, 0).alpha() + saved.pixelColor(50, 69).alpha(), 0);
 
         // The status bar says what was written or why not; below a plain file even root fails.

@@ -191,22 +191,14 @@ private slots:
         data.render();
         QCOMPARE(*data.text(),
                  u"Errors:<br>1. Insufficient RAM.<br>2. Failed to find file systems.<br><br>"
-                 "Operating System:   Windows 10 Windows 10 64bit<br>"
-                 "Host Name:          DESK-01<br>"
-                 "User Name:          ana<br>"
-                 "Documents:          <a href='file:///home/ana/Documents' "
-                 ">/home/ana/Documents</a><br>"
-                 "Desktop:            <a href='file:///home/ana/Desktop' "
-                 ">/home/ana/Desktop</a><br>"
-                 "RAM:                0.123457 GB<br>"
-                 "CPUs:               8<br>"
-                 "Speed:              3.6 Ghz<br>"
-                 "Locale:             en_GB<br><br>"
-                 "System Time:        Tue Mar 5 2024<br><br>"
-                 "MAC Interfaces:     <br>  00-1A-2B-3C-4D-5E<br>  AC-DE-48-00-11-22<br><br>"
-                 "Local IP Addresses: <br>  192.168.1.20<br><br>"
-                 "External IP Address:<br>  <br><br>"
-                 "SSL Errors:         <br>1. "_s
+                 "Operating System:   Windows 10 Windows 10 64bit<br>Host Name:          DESK-01"
+                 "<br>User Name:          ana<br>Documents:          <a href='file:///home/ana/"
+                 "Documents' >/home/ana/Documents</a><br>Desktop:            <a href='file:///"
+                 "home/ana/Desktop' >/home/ana/Desktop</a><br>RAM:                0.123457 GB<br>"
+                 "CPUs:               8<br>Speed:              3.6 Ghz<br>Locale:             en_GB"
+                 "<br><br>System Time:        Tue Mar 5 2024<br><br>MAC Interfaces:     <br>  00-"
+                 "1A-2B-3C-4D-5E<br>  AC-DE-48-00-11-22<br><br>Local IP Addresses: <br>  192.168."
+                 "1.20<br><br>External IP Address:<br>  <br><br>SSL Errors:         <br>1. "_s
                      + selfSigned.errorString() + u"<br>2. "_s + wrongHost.errorString()
                      + u"<br><br>WinInet:            Error"_s + blank
                      + u"Write: 120.5 MB/s<br>Read: 800.2 MB/s"_s);

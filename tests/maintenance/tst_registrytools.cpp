@@ -34,12 +34,6 @@ const QByteArray userMimeapps =
 const QString product = u"Corvanta"_s;
 const QString scaleName = u"QT_AUTO_SCREEN_SCALE_FACTOR"_s;
 
-QStringList sorted(QStringList list)
-{
-    list.sort();
-    return list;
-}
-
 // "name|icon|location|version" for each entry.
 QStringList texts(const QList<UninstallEntry>& entries)
 {
@@ -62,6 +56,7 @@ class tst_RegistryTools : public QObject
     TestEnvironment m_environment;
     QString config(const QString& name) const { return m_environment.path(".config/" + name); }
     QString data(const QString& name) const { return m_environment.path(".local/share/" + name); }
+    static QStringList sorted(QStringList list) { return list.sort(), list; }
 #ifdef Q_OS_WIN
     static auto key(const QString& path)
     {
@@ -96,10 +91,8 @@ private slots:
     // takes its children. Unlike plain QSettings, the organization-wide file is not consulted.
     void groups()
     {
-        QSettings organization(m_environment.path(u".config/Kelvanmoor.ini"_s),
-                               QSettings::IniFormat);
-        organization.setValue(u"net/proxy/host"_s, u"org.example"_s);
-        organization.sync();
+        QSettings(m_environment.path(u".config/Kelvanmoor.ini"_s), QSettings::IniFormat)
+            .setValue(u"net/proxy/host"_s, u"org.example"_s);
         BaseSettings settings;
         QSettings& store = *settings.settings();
         settings.setValue(u"top"_s, 1);
@@ -315,12 +308,12 @@ private slots:
 #ifdef Q_OS_WIN
         const auto environment = key(u"HKEY_CURRENT_USER\\Environment"_s);
         QVERIFY(setEnvironmentVariable(scaleName, u"0"_s));
-        QCOMPARE(environment->value(scaleName), QVariant(u"0"_s));
-        QCOMPARE(environmentVariable(scaleName), u"0"_s);
-        QVERIFY(removeEnvironmentVariable(scaleName));
-        QCOMPARE(environment->value(scaleName), QVariant());
-        QVERIFY(environmentVariable(scaleName).isEmpty());
-        QVERIFY(!removeEnvironmentVariable(scaleName));
+        QCOMPARE(environment->value(scaleName).toString() + environmentVariable(scaleName),
+                 u"00"_s);
+        QVERIFY(removeEnvironmentVariable(scaleName) && !removeEnvironmentVariable(scaleName));
+        QCOMPARE(environment->value(scaleName, u"none"_s).toString()
+                     + environmentVariable(scaleName),
+                 u"none"_s);
 #else
         const QString ours = config(u"environment.d/60-corvanta-support.conf"_s);
         const QString early = config(u"environment.d/10-early.conf"_s);
