@@ -27,8 +27,7 @@ namespace {
 const quint64 GiB = quint64(1) << 30;
 const QString listing = u"\r\n\r\nDeviceID     : C:\r\nSize         : 238.5 GB\r\n\r\n"_s;
 const QString probePath = u"/myip.php"_s;
-// Windows' probe asks for TLS, which the plain loopback server does not speak; the Win32 suite
-// probes a TLS server.
+// Windows' probe asks for TLS, which the plain loopback server does not speak (see test_wininet).
 const QString probed = windows ? u"Error"_s : u"OK"_s;
 
 // wmic's adapter records, each type|description|address.

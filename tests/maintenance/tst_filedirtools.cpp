@@ -60,8 +60,7 @@ private slots:
         QTest::newRow("258 characters") << name << QString();
         QTest::newRow("259 characters")
             << name + 'n' << u"The path is longer than 258 characters."_s;
-        // Wine makes its trash's folders once a process; without them it says yes and keeps the
-        // item.
+        // Wine makes its trash's folders once a process; without them it says yes, keeps the item.
         QTest::newRow("trash folders gone") << u"kept.txt"_s << u"It was left in its place."_s;
 #else
         QTest::newRow("238 bytes, no trash yet")
@@ -106,10 +105,9 @@ private slots:
         const qsizetype records = trashRecords().size();
         QVERIFY(putFile(item, {}));
 #ifndef Q_OS_WIN
-        if (QTest::currentDataTag() == u"read-only home"_s) {
-            QVERIFY(QDir().mkpath(trash + u"/info"_s) && QDir().mkpath(trash + u"/files"_s));
-            QVERIFY(bindReadOnly(home));
-        }
+        QVERIFY(QTest::currentDataTag() != u"read-only home"_s
+                || (QDir().mkpath(trash + u"/info"_s) && QDir().mkpath(trash + u"/files"_s)
+                    && bindReadOnly(home)));
         const auto cleanUp = qScopeGuard([&] {
             ::umount(QFile::encodeName(home).constData());
             removePermanently(m_environment.home());
@@ -167,8 +165,8 @@ private slots:
         const QString source = path(u"source "_s + QTest::currentDataTag());
         destination = destination.isEmpty() ? source : path(destination);
         QFile file(source);
-        QVERIFY(putFile(source, "copy me") && file.open(QIODevice::ReadWrite));
-        QVERIFY(file.setFileTime(oldTime, QFile::FileModificationTime));
+        QVERIFY(putFile(source, "copy me") && file.open(QIODevice::ReadWrite)
+                && file.setFileTime(oldTime, QFile::FileModificationTime));
         file.close();
         QVERIFY(!existing || putFile(destination, "old"));
         QVERIFY(QTest::currentDataTag() != u"read-only source"_s
@@ -217,8 +215,7 @@ private slots:
 
         // A missing source fails at once, without retries.
         MessageLog log;
-        QVERIFY(!::moveFile(source, destination, &error));
-        QVERIFY(log.messages().isEmpty());
+        QVERIFY(!::moveFile(source, destination, &error) && log.messages().isEmpty());
 #ifndef Q_OS_WIN
         // Another file system: copied without retries; the source goes only after a whole copy,
         // and a read error (EIO from /proc/self/mem's first page) is no end of the file.
@@ -297,10 +294,9 @@ private slots:
         }
         MessageLog log;
         QString refusal;
-        if (QByteArray(QTest::currentDataTag()).startsWith("fopen"))
-            QVERIFY(!fopenChecked(file, writing ? "wb" : "rb", &refusal));
-        else
-            QVERIFY(::openChecked(file, writing ? OpenWriteOnly : OpenReadOnly, &refusal) < 0);
+        QVERIFY(QByteArray(QTest::currentDataTag()).startsWith("fopen")
+                    ? !fopenChecked(file, writing ? "wb" : "rb", &refusal)
+                    : ::openChecked(file, writing ? OpenWriteOnly : OpenReadOnly, &refusal) < 0);
         QCOMPARE(refusal, reason);
         QCOMPARE(log.messages(), QStringList{reason});
         ::removeFile(file);
