@@ -199,8 +199,7 @@ private slots:
             u"Display:\n  the section vanished\nFonts:\n  the section appeared\nSystem:\n"
             "  changed   MAC Interfaces: \"02-02\" -> \"02-03\"\n"
             "  changed   Application Data: \"/d&a - Does Not Exist\" -> \"/d&a\"\n"
-            "  appeared  \"free\"\n"
-            "  error appeared: Full.\n"_s);
+            "  appeared  \"free\"\n  error appeared: Full.\n"_s);
     }
 
     // What the schema refuses, the reader refuses too.

@@ -205,8 +205,7 @@ private slots:
             return;
         }
 #endif
-        const QString source = path(oddName);
-        const QString destination = path(u"moved "_s + oddName);
+        const QString source = path(oddName), destination = path(u"moved "_s + oddName);
         QVERIFY(putFile(source, "new") && putFile(destination, "old"));
         QVERIFY(QFile::setPermissions(source, QFile::ReadOwner));
         QString error;
@@ -239,8 +238,8 @@ private slots:
     void removeReadOnly()
     {
         RUN_AS_NOBODY_WHEN_ROOT();
-        const QString folder = path(u"folder"_s), target = folder + u"/read-only"_s;
-        const QString copy = path(u"copy"_s);
+        const QString folder = path(u"folder"_s), target = folder + u"/read-only"_s,
+                      copy = path(u"copy"_s);
         QVERIFY(putFile(target, "kept") && QFile::setPermissions(target, QFile::ReadOwner));
         QVERIFY(QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner
                                                   | QFile::ReadOther));

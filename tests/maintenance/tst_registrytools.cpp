@@ -130,7 +130,6 @@ private slots:
     // "Remove All Associations" as GLib reads the file: only our ids go, from both groups.
     void associations_data()
     {
-        QTest::addColumn<QString>("product");
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<QStringList>("listed");
         QTest::addColumn<QByteArray>("after"); // the whole file after the removal; empty: unchanged
@@ -138,9 +137,8 @@ private slots:
         // that begin with the type, and the first of repeats.
         QTest::addColumn<QStringList>("defaults");
         const auto row = [](const char* name, const QByteArray& text, const QStringList& listed,
-                            const QByteArray& after, const QStringList& defaults,
-                            const QString& product = u"Corvanta"_s) {
-            QTest::newRow(name) << product << text << listed << after << defaults;
+                            const QByteArray& after, const QStringList& defaults) {
+            QTest::newRow(name) << text << listed << after << defaults;
         };
         const QByteArray group = "[Default Applications]\n";
         const QByteArray key = "application/x-corvanta-design=";
@@ -168,7 +166,6 @@ private slots:
 
     void associations()
     {
-        QFETCH(QString, product);
         QFETCH(QByteArray, text);
         QFETCH(QStringList, listed);
         QFETCH(QByteArray, after);

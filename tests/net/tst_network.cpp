@@ -99,9 +99,8 @@ private slots:
                                 << events;
         };
         const QString box = u"box Error Encountered|Transfer failed, please try again later.\n"_s;
-        row("small", false, "/small", true, 0, {"/small"});
-        row("9 MiB", false, "/large", true, 0, {"/large"});
-        row("empty", false, "/empty", true, 0, {"/empty"});
+        for (const QByteArray path : {"/small", "/large", "/empty"})
+            row(path, false, path, true, 0, {path});
 #ifndef Q_OS_WIN // The loopback server's certificate is made by Linux's openssl.
         row("self-signed", true, "/large", true, 0, {"/large"});
 #endif
