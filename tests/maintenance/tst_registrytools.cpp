@@ -81,10 +81,9 @@ private slots:
 
     void cleanup()
     {
-        QDir(config(QString())).removeRecursively();
-        QDir(data(u"applications"_s)).removeRecursively();
-        QDir(m_environment.path(u"system-config"_s)).removeRecursively();
-        QDir(m_environment.path(u"system-data/applications"_s)).removeRecursively();
+        for (const QString folder :
+             {".config", ".local/share/applications", "system-config", "system-data/applications"})
+            QDir(m_environment.path(folder)).removeRecursively();
     }
 
     // Keys go under the pushed groups in the user's own file, common keys outside; removing a group
