@@ -121,11 +121,10 @@ private slots:
                    "VolumeName   : 256060514304\r\nSize : 1024\r\nFreeSpace : 1024000000\r\n"_s)
             << u"FreeSpace    : 1 GB\r\nSize         : 238.5 GB\r\nVolumeName   : 256060514304\r\n"
                "Size : 1 KB\r\nFreeSpace : 976.6 MB\r\n"_s;
-        // Virtual prefixes (the table's first and last), special or not Ethernet go.
-        QStringList adapters = physicalAdapterAddresses(adapterListing);
-        adapters.sort();
-        QTest::newRow("adapters") << adapters.join(
-            ' ') << u"00-15-5D-01-02-03 00-50-56-C0-00-08 3C-7C-3F-11-22-33 f0-5d-89-00-00-01"_s;
+        // Virtual prefixes (the table's first and last), special or not Ethernet go; wmic's order.
+        QTest::newRow("adapters")
+            << physicalAdapterAddresses(adapterListing).join(' ')
+            << u"3C-7C-3F-11-22-33 00-50-56-C0-00-08 00-15-5D-01-02-03 f0-5d-89-00-00-01"_s;
         // Local disks first, by mount point, then network shares.
         QTest::newRow("volume blocks")
             << volumeListing({})
