@@ -64,8 +64,10 @@ private slots:
     // Rows "full temp folder": true in the rerun on an 8 KiB temp folder, which other runs start.
     bool inFullTempFolder(const char* function)
     {
-#ifdef Q_OS_WIN // Private mount namespaces are Linux's.
+#ifdef Q_OS_WIN
         Q_UNUSED(function);
+        QTest::qSkip("The full folder is made in a private mount namespace, which is Linux's.",
+                     __FILE__, __LINE__);
         return false;
 #else
         const bool inner = !tinyFileSystem().isEmpty();
