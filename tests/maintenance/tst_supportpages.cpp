@@ -270,11 +270,10 @@ private slots:
         } else {
             button(corvantaPage, action)->click();
         }
-        QCOMPARE(seen.size(), boxes.size());
-        for (qsizetype i = 0; i < seen.size(); ++i)
-            QVERIFY2(seen.at(i).startsWith(
-                         boxes[i].replace(u"DATA"_s, folder).replace(u"HOME"_s, home({}))),
-                     qPrintable(seen.at(i)));
+        boxes.replaceInStrings(u"DATA"_s, folder).replaceInStrings(u"HOME"_s, home({}));
+        for (qsizetype i = 0; i < std::min(seen.size(), boxes.size()); ++i)
+            seen[i].truncate(boxes[i].size()); // a row gives the start of each box's text
+        QCOMPARE(seen, boxes);
 
         QCOMPARE(treeSnapshot(home(QString()), {trash}), before);
 #ifndef Q_OS_WIN
@@ -471,8 +470,8 @@ private slots:
     {
         QFETCH(QString, name);
         const QString target = data(name);
-        QVERIFY(putFile(target, "bytes \0\xff of "_ba + name.toUtf8())
-                && putFile(data(u"sibling.txt"_s), "sibling"));
+        const QByteArray bytes = "bytes \0\xff of "_ba + name.toUtf8();
+        QVERIFY(putFile(target, bytes) && putFile(data(u"sibling.txt"_s), "sibling"));
         const auto rest = treeSnapshot(m_home.dataFolder(), {target});
         SupportPermissionsData collector;
         collector.load();
@@ -504,8 +503,7 @@ private slots:
         QCOMPARE(listed.count(m_home.dataFolder()), 1);
         QVERIFY2(listed.contains(' ' + shown + '\n'), qPrintable(listed));
         const QString item = QFileInfo(target).fileName();
-        QCOMPARE(fileBytes(trashFolder() + "/files/" + item),
-                 "bytes \0\xff of "_ba + name.toUtf8());
+        QCOMPARE(fileBytes(trashFolder() + "/files/" + item), bytes);
 #ifndef Q_OS_WIN // Wine's records name Unix paths.
         // Its record names the path's very bytes, which restore it, whatever they show as.
         const QByteArray record = fileBytes(trashFolder() + "/info/" + item + ".trashinfo");
