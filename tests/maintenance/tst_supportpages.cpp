@@ -71,13 +71,11 @@ void answerDialogs(QTimer& timer, QStringList& seen, const QString& yes, const Q
     timer.start(20);
 }
 
-// The page's push button with that text, or null.
 QPushButton* button(const QWidget* page, const QString& text)
 {
-    for (QPushButton* candidate : page->findChildren<QPushButton*>()) {
+    for (QPushButton* candidate : page->findChildren<QPushButton*>())
         if (candidate->text() == text)
             return candidate;
-    }
     return nullptr;
 }
 
@@ -247,7 +245,6 @@ private slots:
             removePermanently(home(QString()));
         });
 #endif
-        // The home's tree without the trash, and without what is expected gone.
         const auto before = treeSnapshot(home(QString()), gone + QStringList{trash});
 
         SupportDataTable table(new SupportDataMap);

@@ -30,10 +30,9 @@ const QList<int> allKinds{0, 1, 3, 4, 5};
 QList<QProgressDialog*> progressDialogs()
 {
     QList<QProgressDialog*> dialogs;
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
+    for (QWidget* widget : QApplication::topLevelWidgets())
         if (auto* dialog = qobject_cast<QProgressDialog*>(widget))
             dialogs << dialog;
-    }
     return dialogs;
 }
 
