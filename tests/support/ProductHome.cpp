@@ -31,11 +31,6 @@ const QByteArray ProductHome::preferencesText =
 const QByteArray ProductHome::repairedPreferences =
     "[General]\nlastCheck=@DateTime()\nname=Ada\xc3\xa9\n";
 
-#ifdef Q_OS_WIN
-// The user's classes, where the product's association is set up and removed again.
-const QString userClasses = u"HKEY_CURRENT_USER\\Software\\Classes"_s;
-#endif
-
 ProductHome::ProductHome()
     : m_savedConfigDirs(qgetenv("XDG_CONFIG_DIRS"))
     , m_savedDataDirs(qgetenv("XDG_DATA_DIRS"))
@@ -63,7 +58,7 @@ ProductHome::ProductHome()
 ProductHome::~ProductHome()
 {
 #ifdef Q_OS_WIN
-    QSettings(userClasses, QSettings::NativeFormat).remove(u".cvd"_s);
+    QSettings(u"HKEY_CURRENT_USER\\Software\\Classes"_s, QSettings::NativeFormat).remove(u".cvd"_s);
 #endif
     qputenv("XDG_CONFIG_DIRS", m_savedConfigDirs);
     qputenv("XDG_DATA_DIRS", m_savedDataDirs);
@@ -79,13 +74,12 @@ bool ProductHome::prepare()
     // The trash's folders stay: Wine makes them only once per process.
     const bool written =
         QDir().mkpath(trashFolder() + u"/files"_s) && QDir().mkpath(trashFolder() + u"/info"_s)
-        && QDir().mkpath(dataFolder() + u"/temp"_s)
         && putFile(dataFolder() + u"/userUUID.txt"_s, "6f1c2d3e-0000-4000-8000-0123456789ab")
         && putFile(dataFolder() + u"/temp/session.tmp"_s, "temporary")
         && putFile(path(u".cache/Corvanta/plasmids.json"_s), "[]")
         && putFile(preferences(), preferencesText);
 #ifdef Q_OS_WIN
-    QSettings classes(userClasses, QSettings::NativeFormat);
+    QSettings classes(u"HKEY_CURRENT_USER\\Software\\Classes"_s, QSettings::NativeFormat);
     classes.setValue(u".cvd/Default"_s, u"Corvanta.cvd"_s);
     return written && classes.status() == QSettings::NoError;
 #else
@@ -93,16 +87,21 @@ bool ProductHome::prepare()
 #endif
 }
 
-QMap<QString, QByteArray> treeSnapshot(const QString& folder)
+QMap<QString, QByteArray> treeSnapshot(const QString& folder, const QStringList& without)
 {
     QMap<QString, QByteArray> tree;
     QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
                     QDirIterator::Subdirectories);
     while (it.hasNext()) {
         const QFileInfo entry = it.nextFileInfo();
-        tree.insert(entry.filePath(), entry.isSymLink() ? "-> " + entry.symLinkTarget().toUtf8()
-                                      : entry.isDir()   ? "<dir>"
-                                                        : fileBytes(entry.filePath()));
+        const QString path = entry.filePath();
+        if (std::any_of(without.cbegin(), without.cend(), [&](const QString& left) {
+                return path == left || path.startsWith(left + '/');
+            }))
+            continue;
+        tree.insert(path, entry.isSymLink() ? "-> " + entry.symLinkTarget().toUtf8()
+                          : entry.isDir()   ? "<dir>"
+                                            : fileBytes(path));
     }
     return tree;
 }

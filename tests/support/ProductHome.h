@@ -36,9 +36,9 @@ private:
     bool m_valid = false;
 };
 
-// Every entry below the folder, links not followed: files with their bytes, folders as "<dir>",
-// links as "-> target".
-QMap<QString, QByteArray> treeSnapshot(const QString& folder);
+// Every entry below the folder but the paths without and what is below them, links not followed:
+// files with their bytes, folders as "<dir>", links as "-> target".
+QMap<QString, QByteArray> treeSnapshot(const QString& folder, const QStringList& without = {});
 // The trash's folder, with files/ and info/.
 QString trashFolder();
 // What trash-list shows, one "date time path" line per item.
